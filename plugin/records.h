@@ -108,3 +108,7 @@ static_assert(offsetof(_imgHeaderInfo, bitsPerChannel) == 13, "layout");
 static_assert(offsetof(_imgHeaderInfo, isUncompressed) == 14, "layout");
 static_assert(offsetof(_imgHeaderInfo, infoText) == 16, "layout");
 static_assert(sizeof(_imgHeaderInfo) == 524, "image description layout");
+static_assert(sizeof(_dataIMG_Header) == 3 * sizeof(void*), "call record: three pointers");
+static_assert(sizeof(vkP::_dataIMG_Decode8) == 3 * sizeof(void*), "call record: three pointers");
+static_assert(sizeof(vkP::_dataIMG_Decode16) == 3 * sizeof(void*), "call record: three pointers");
+static_assert(sizeof(vkP::_dataIMG_Decodef) == 3 * sizeof(void*), "call record: three pointers");
