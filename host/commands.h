@@ -1,0 +1,26 @@
+// commands.h - the subcommands of vkhost; each runs on a loaded plug-in whose handshake has succeeded
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "plugin_library.h"
+
+// Returns the process exit code; on failure the command has printed one line to stderr.
+using CommandFn = int (*)(PluginLibrary& plugin, const std::vector<std::string>& args);
+
+struct Command {
+    const char* name;
+    const char* arguments; // usage of the command's own arguments, "" for none
+    const char* summary;
+    CommandFn run;
+};
+
+constexpr int exitOk = 0;
+constexpr int exitFailure = 1;
+constexpr int exitUsage = 2;
+
+// Prints "vkhost: <message>" on stderr and returns exitFailure.
+int fail(const std::string& message);
+
+int runAbout(PluginLibrary& plugin, const std::vector<std::string>& args);
