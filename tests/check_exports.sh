@@ -1,0 +1,44 @@
+#!/usr/bin/env bash
+# check_exports.sh - compares the symbols libvktiff.so exports with the expected list in this directory.
+#   check_exports.sh LIB          exit 0 when they match, else print a diff (- expected, + exported) and exit 1
+#   check_exports.sh --list LIB   print the exported list (demangled, sorted, one per line)
+# The expected list is exports_<arch>.txt (arch x86_64 or i386) when present, else exports.txt.
+set -euo pipefail
+
+here="$(cd "$(dirname "$0")" && pwd)"
+
+# Defined dynamic symbols of types T, W, V, R, D, B: addresses, types and
+# version/undefined entries dropped.
+list_exports() {
+    nm -D --defined-only --demangle "$1" \
+        | sed -n 's/^[0-9a-fA-F]* [TWVRDB] //p' \
+        | sort -u
+}
+
+lib_arch() {
+    case "$(readelf -h "$1" | sed -n 's/^ *Machine: *//p')" in
+        *X86-64*) echo x86_64 ;;
+        *80386*) echo i386 ;;
+        *) echo unknown ;;
+    esac
+}
+
+if [ "${1:-}" = "--list" ]; then
+    [ $# -eq 2 ] || { echo "usage: $0 --list LIB" >&2; exit 2; }
+    list_exports "$2"
+    exit 0
+fi
+[ $# -eq 1 ] || { echo "usage: $0 LIB | --list LIB" >&2; exit 2; }
+lib="$1"
+[ -f "$lib" ] || { echo "check_exports: no library at $lib" >&2; exit 2; }
+
+expected="$here/exports_$(lib_arch "$lib").txt"
+[ -f "$expected" ] || expected="$here/exports.txt"
+[ -f "$expected" ] || { echo "check_exports: no expected list in $here" >&2; exit 2; }
+
+if diff -u --label expected --label exported "$expected" <(list_exports "$lib"); then
+    echo "check_exports: $(wc -l < "$expected") symbols as expected ($(basename "$expected"))"
+else
+    echo "check_exports: exported symbols differ from $(basename "$expected"); regenerate with update_exports.sh if intended" >&2
+    exit 1
+fi
