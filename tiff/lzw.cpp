@@ -1,0 +1,221 @@
+// lzw.cpp - resumable LZW decompressor: TIFF mode (MSB-first, early change) and block mode (LSB-first sub-blocks)
+#include "tiff/lzw.h"
+
+#include <cstdint>
+
+namespace {
+
+// mask[n] = 2^n - 1, the value mask of an n-bit code.
+constexpr uint16_t mask[17] = {0x0000, 0x0001, 0x0003, 0x0007, 0x000F, 0x001F, 0x003F, 0x007F, 0x00FF,
+                               0x01FF, 0x03FF, 0x07FF, 0x0FFF, 0x1FFF, 0x3FFF, 0x7FFF, 0xFFFF};
+
+// Room left on `pending` for a prefix chain: one push before the chain (the
+// first byte of a not-yet-defined string) and one after it (the root) must fit.
+constexpr int chainRoom = lzwTableSize - 1;
+
+// The width grows once nextCode reaches growAt; TIFF writers change width one
+// code early, block streams exactly when the table is full.
+inline int growPoint(const LZWState* s)
+{
+    return s->mode == lzwModeBlock ? s->tableLimit : s->tableLimit - 1;
+}
+
+} // namespace
+
+// Next code, most significant bit first. Bytes at or past readEnd read as 0
+// and leave readPos where it is: a stream that runs off its input, or starts
+// beyond it, never touches memory outside the caller's range.
+static int get_code_tiff(LZWState* s)
+{
+    while (s->bitCount < s->codeWidth) {
+        unsigned int byte = 0;
+        if (s->readPos < s->readEnd)
+            byte = *s->readPos++;
+        else
+            s->endOfInput = 1;
+        // Bits above the live ones fall off the left of the accumulator.
+        s->bitBuffer = s->bitBuffer << 8 | byte;
+        s->bitCount += 8;
+    }
+    s->bitCount -= s->codeWidth;
+    return int(s->bitBuffer >> s->bitCount) & s->codeMask;
+}
+
+// Next code, least significant bit first, out of sub-blocks that each start
+// with their length. A zero length marks the end but does not stop the reader:
+// the bytes after it are taken as data.
+static int get_code_gif(LZWState* s)
+{
+    while (s->bitCount < s->codeWidth) {
+        if (s->blockLeft == 0 && s->readPos < s->readEnd) {
+            s->blockLeft = *s->readPos++;
+            if (s->blockLeft == 0)
+                s->endOfInput = 1;
+        }
+        if (s->readPos < s->readEnd) {
+            s->bitBuffer |= unsigned(*s->readPos++) << s->bitCount;
+            --s->blockLeft;
+        } else {
+            // Past the input every byte, length or data, reads as 0, so only
+            // zero bits follow whatever the block count says.
+            s->endOfInput = 1;
+        }
+        s->bitCount += 8;
+    }
+    int code = int(s->bitBuffer) & s->codeMask;
+    s->bitBuffer >>= s->codeWidth;
+    s->bitCount -= s->codeWidth;
+    return code;
+}
+
+int ff_lzw_decode_init(LZWState* s, int rootWidth, unsigned char* input, int size, int mode)
+{
+    if (unsigned(rootWidth) - 1u > 11u)
+        return -1;
+    s->endOfInput = 0;
+    s->readPos = input;
+    // A negative size (an input that starts beyond the caller's data) gives an
+    // empty range rather than a pointer in front of the input.
+    s->readEnd = size > 0 ? input + size : input;
+    s->bitBuffer = 0;
+    s->bitCount = 0;
+    s->blockLeft = 0;
+    s->rootWidth = rootWidth;
+    s->codeWidth = rootWidth + 1;
+    s->codeMask = mask[s->codeWidth];
+    s->clearCode = 1 << rootWidth;
+    s->endCode = s->clearCode + 1;
+    s->firstFreeCode = s->nextCode = s->clearCode + 2;
+    s->tableLimit = 1 << s->codeWidth;
+    s->firstChar = s->prevCode = 0;
+    s->stackTop = s->pending;
+    s->mode = mode;
+    if (mode == lzwModeBlock) {
+        s->getCode = get_code_gif;
+    } else if (mode == lzwModeTiff) {
+        s->getCode = get_code_tiff;
+    } else {
+        // No reader: a decode call on this state delivers nothing.
+        s->getCode = nullptr;
+        return -1;
+    }
+    s->growAt = growPoint(s);
+    return 0;
+}
+
+namespace {
+
+inline void resetTable(LZWState* s)
+{
+    s->codeWidth = s->rootWidth + 1;
+    s->codeMask = mask[s->codeWidth];
+    s->nextCode = s->firstFreeCode;
+    s->tableLimit = 1 << s->codeWidth;
+    s->growAt = growPoint(s);
+}
+
+// The decode loop, with the code reader known at compile time so that it is
+// inlined. `pending` is empty whenever a code is read.
+template <int (*readCode)(LZWState*)>
+int decodeCodes(LZWState* s, unsigned char* out, const int len)
+{
+    unsigned char* const base = s->pending;
+    unsigned char* sp = s->stackTop;
+    int prevCode = s->prevCode;
+    int firstChar = s->firstChar;
+    int remaining = len;
+
+    // Bytes of a string that did not fit into the previous call's output.
+    while (sp > base && remaining > 0) {
+        *out++ = *--sp;
+        --remaining;
+    }
+
+    while (remaining > 0) {
+        int c = readCode(s);
+        if (c == s->endCode) {
+            s->endCode = -1;
+            break;
+        }
+        if (c == s->clearCode) {
+            resetTable(s);
+            do
+                c = readCode(s);
+            while (c == s->clearCode);
+            if (c == s->endCode) {
+                s->endCode = -1;
+                break;
+            }
+            if (c >= s->nextCode)
+                c = 0;
+            *out++ = (unsigned char)c;
+            --remaining;
+            firstChar = prevCode = c;
+            continue;
+        }
+
+        const int nextCode = s->nextCode;
+        int code = c;
+        if (c >= nextCode) {
+            // The string being defined by this very code (or an invalid code,
+            // decoded the same way): the previous string plus its first byte.
+            *sp++ = (unsigned char)firstChar;
+            code = prevCode;
+        }
+        // Slots above those written hold whatever the caller's memory held, so
+        // a corrupt chain is cut when the stack is full and kept in the table.
+        unsigned char* const chainEnd = base + chainRoom;
+        while (code >= s->firstFreeCode && sp < chainEnd) {
+            *sp++ = s->suffix[code];
+            code = s->prefix[code] & (lzwTableSize - 1);
+        }
+
+        if (nextCode < s->tableLimit && nextCode < lzwTableSize) {
+            s->suffix[nextCode] = (unsigned char)code;
+            s->prefix[nextCode] = (unsigned short)prevCode;
+            s->nextCode = nextCode + 1;
+            prevCode = c;
+            firstChar = code;
+        }
+        // A full table adds nothing and deliberately leaves prevCode and
+        // firstChar naming the last string that was added.
+        if (s->nextCode >= s->growAt && s->codeWidth < lzwMaxBits) {
+            s->tableLimit <<= 1;
+            s->growAt = growPoint(s);
+            ++s->codeWidth;
+            s->codeMask = mask[s->codeWidth];
+        }
+
+        if (sp == base) {
+            // A root alone: written straight out.
+            *out++ = (unsigned char)code;
+            --remaining;
+            continue;
+        }
+        *sp++ = (unsigned char)code;
+        int n = int(sp - base);
+        if (n > remaining)
+            n = remaining;
+        remaining -= n;
+        while (n-- > 0)
+            *out++ = *--sp;
+    }
+
+    s->stackTop = sp;
+    s->prevCode = prevCode;
+    s->firstChar = firstChar;
+    return len - remaining;
+}
+
+} // namespace
+
+int ff_lzw_decode(LZWState* s, unsigned char* out, int len)
+{
+    if (s->endCode < 0 || len <= 0)
+        return 0;
+    if (s->getCode == get_code_tiff)
+        return decodeCodes<get_code_tiff>(s, out, len);
+    if (s->getCode == get_code_gif)
+        return decodeCodes<get_code_gif>(s, out, len);
+    return 0;
+}
