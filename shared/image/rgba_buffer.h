@@ -109,6 +109,10 @@ public:
 };
 
 #if defined(__i386__)
+// The buffers are not standard-layout (fields in base and derived), but their
+// offsets are fixed by the ABI all hosts share; GCC computes them reliably.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Winvalid-offsetof"
 static_assert(offsetof(_imgRGBABuffer_all, headerInfo) == 4, "buffer layout");
 static_assert(offsetof(_imgRGBABuffer_all, headerTag) == 528, "buffer layout");
 static_assert(offsetof(_imgRGBABuffer_all, status) == 532, "buffer layout");
@@ -120,6 +124,7 @@ static_assert(offsetof(_imgRGBABuffer_all, pixelCount) == 548, "buffer layout");
 static_assert(offsetof(_imgRGBABuffer_all, pixels) == 552, "buffer layout");
 static_assert(sizeof(_imgRGBABuffer_all) == 556, "buffer layout");
 static_assert(offsetof(_imgRGBABuffer8, block) == 556, "buffer layout");
+#pragma GCC diagnostic pop
 #endif
 
 } // namespace vkP
