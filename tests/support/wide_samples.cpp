@@ -1,0 +1,83 @@
+// wide_samples.cpp - sample byte writers, the PackBits packet writer and strip images of the tests
+#include "wide_samples.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "lzw_encoder.h"
+
+namespace vktest {
+
+void putU16(Bytes& out, uint16_t v, bool bigEndian)
+{
+    const uint8_t hi = uint8_t(v >> 8), lo = uint8_t(v);
+    out.push_back(bigEndian ? hi : lo);
+    out.push_back(bigEndian ? lo : hi);
+}
+
+void putFloat(Bytes& out, float v, bool bigEndian)
+{
+    uint8_t b[4];
+    std::memcpy(b, &v, 4); // the tests run on little-endian machines
+    for (int i = 0; i < 4; ++i)
+        out.push_back(bigEndian ? b[3 - i] : b[i]);
+}
+
+float byteReversed(float v)
+{
+    uint8_t b[4], r[4];
+    std::memcpy(b, &v, 4);
+    for (int i = 0; i < 4; ++i)
+        r[i] = b[3 - i];
+    float out;
+    std::memcpy(&out, r, 4);
+    return out;
+}
+
+Bytes packBitsEncode(const Bytes& data)
+{
+    Bytes out;
+    size_t i = 0;
+    Bytes literal;
+    auto flush = [&] {
+        if (literal.empty())
+            return;
+        out.push_back(uint8_t(literal.size() - 1));
+        out.insert(out.end(), literal.begin(), literal.end());
+        literal.clear();
+    };
+    while (i < data.size()) {
+        size_t run = 1;
+        while (i + run < data.size() && run < 128 && data[i + run] == data[i])
+            ++run;
+        if (run >= 3) {
+            flush();
+            out.push_back(uint8_t(int8_t(1 - int(run))));
+            out.push_back(data[i]);
+            i += run;
+        } else {
+            literal.push_back(data[i++]);
+            if (literal.size() == 128)
+                flush();
+        }
+    }
+    flush();
+    return out;
+}
+
+Bytes buildStripImage(ImageSpec spec, const std::function<Bytes(uint32_t y0, uint32_t y1)>& rows)
+{
+    const uint32_t perStrip = spec.rowsPerStrip ? spec.rowsPerStrip : std::max<uint32_t>(spec.height, 1);
+    spec.chunks.clear();
+    for (uint32_t y0 = 0; y0 < spec.height; y0 += perStrip) {
+        Bytes raw = rows(y0, std::min(spec.height, y0 + perStrip));
+        if (spec.compression == 5)
+            raw = lzwEncodeTiff(raw);
+        else if (spec.compression == 32773)
+            raw = packBitsEncode(raw);
+        spec.chunks.push_back(raw);
+    }
+    return buildImage(spec);
+}
+
+} // namespace vktest

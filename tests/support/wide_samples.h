@@ -1,0 +1,30 @@
+// wide_samples.h - test helper: 16-bit and float sample bytes in either byte order, PackBits packets, strip images
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+#include "tiff_builder.h"
+
+namespace vktest {
+
+using Bytes = std::vector<uint8_t>;
+
+// Appends v in the given byte order.
+void putU16(Bytes& out, uint16_t v, bool bigEndian);
+void putFloat(Bytes& out, float v, bool bigEndian);
+
+// The IEEE pattern of v with its four bytes reversed, as a float.
+float byteReversed(float v);
+
+// PackBits packets of `data`: runs of three or more equal bytes (up to 128)
+// as run packets, everything else as literal packets of up to 128 bytes.
+Bytes packBitsEncode(const Bytes& data);
+
+// An image in strips of spec.rowsPerStrip rows (0: one strip): rows(y0, y1)
+// gives the raw bytes of rows y0 .. y1 - 1, which are compressed as
+// spec.compression says (1 none, 5 LZW, 32773 PackBits) into spec.chunks.
+Bytes buildStripImage(ImageSpec spec, const std::function<Bytes(uint32_t y0, uint32_t y1)>& rows);
+
+} // namespace vktest

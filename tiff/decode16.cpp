@@ -1,0 +1,159 @@
+// decode16.cpp - imgDecode16: strips of 16-bit or float samples (none, LZW, PackBits) into a 16-bit RGBA buffer
+#include "plugin/entry_points.h"
+#include "shared/image/rgba_buffer.h"
+#include "tiff/wide_strips.h"
+
+namespace {
+
+using vkP::_Rgba16;
+using vkP::_imgFileBuffer;
+using vkP::_imgRGBABuffer16;
+using wide::StripLayout;
+
+// Light grey, opaque: what a channel that is never read keeps. Without the
+// alpha flag every whole-record path therefore writes alpha 0xFFFF.
+constexpr _Rgba16 startPixel{0xCCCC, 0xCCCC, 0xCCCC, 0xFFFF};
+
+unsigned short narrow(float v)
+{
+    _Rgba16 p{};
+    p.fromFloatR(v);
+    return p.r;
+}
+
+unsigned int lzw16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l)
+{
+    uint32_t bytes = 0;
+    if (!wide::lzw16ScratchBytes(l, bytes))
+        return vkStatusNoMemory;
+    _Rgba16 px = startPixel;
+    const uint32_t unitsPerPixel = 2 * l.samples;
+    return wide::decodeLZWStrips(
+        fb, h, l, bytes, unitsPerPixel, vkStatusUnsupported,
+        [&](unsigned char* scratch) {
+            if (h.predictor == tiffPredictorHorizontal)
+                wide::undoPredictor16(scratch, l);
+        },
+        [&](const unsigned char* scratch, uint32_t pixel, uint32_t x, uint32_t y) {
+            // The pixel stride and channel steps are byte counts applied to
+            // 16-bit units, so pixels are read at twice their spacing and two
+            // samples apart; hosts see this output and it is kept as it is.
+            const uint32_t base = pixel * unitsPerPixel;
+            px.r = wide::unitAt(scratch, base);
+            px.g = wide::unitAt(scratch, base + 2);
+            px.b = wide::unitAt(scratch, base + 4);
+            if (l.alpha)
+                px.a = wide::unitAt(scratch, base + 6);
+            wide::writePixel(target, x, y, px);
+        });
+}
+
+unsigned int lzwFloat(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l)
+{
+    uint32_t bytes = 0;
+    if (!wide::lzwFloatScratchBytes(l, bytes))
+        return vkStatusNoMemory;
+    _Rgba16 px = startPixel;
+    return wide::decodeLZWStrips(
+        fb, h, l, bytes, 4 * l.samples, vkStatusCorruptData, [](unsigned char*) {},
+        [&](const unsigned char* scratch, uint32_t pixel, uint32_t x, uint32_t y) {
+            // Decompressed floats are in host order whatever the file's order.
+            const uint32_t p = pixel * l.samples;
+            if (l.alpha)
+                px.fromFloatA(wide::floatAt(scratch, p + 3));
+            px.fromFloatB(wide::floatAt(scratch, p + 2));
+            px.fromFloatG(wide::floatAt(scratch, p + 1));
+            px.fromFloatR(wide::floatAt(scratch, p));
+            wide::writePixel(target, x, y, px);
+        });
+}
+
+unsigned int packBits16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l)
+{
+    unsigned char sample[2] = {0, 0};
+    // Byte pairs are taken high byte first in either file byte order.
+    return wide::decodePackBitsStrips(fb, h, l, target.capacity, sample,
+                                      [&](uint32_t index, const unsigned char* s) {
+                                          target.writeShort(index, (unsigned short)(s[0] << 8 | s[1]));
+                                      });
+}
+
+unsigned int packBitsFloat(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l)
+{
+    const float one = 1.0f;
+    unsigned char sample[4];
+    std::memcpy(sample, &one, sizeof sample);
+    // Four bytes make one float in memory order, no swap for either byte order.
+    return wide::decodePackBitsStrips(fb, h, l, target.capacity, sample,
+                                      [&](uint32_t index, const unsigned char* s) {
+                                          float v;
+                                          std::memcpy(&v, s, sizeof v);
+                                          target.writeShort(index, narrow(v));
+                                      });
+}
+
+unsigned int plain16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l)
+{
+    _Rgba16 px = startPixel;
+    return wide::decodePlainStrips(h, l, 2 * l.samples, [&](uint32_t base, uint32_t x, uint32_t y) {
+        if (l.alpha)
+            fb.readUint16P(px.a, wide::filePos(base + 6), wide::noSwap);
+        fb.readUint16P(px.b, wide::filePos(base + 4), wide::noSwap);
+        fb.readUint16P(px.g, wide::filePos(base + 2), wide::noSwap);
+        fb.readUint16P(px.r, wide::filePos(base), wide::noSwap);
+        wide::writePixel(target, x, y, px);
+    });
+}
+
+unsigned int plainFloat(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l)
+{
+    // Samples are read as 32-bit floats whatever the bits per sample say.
+    const uint32_t b = h.bitsPerSample / 8u;
+    _Rgba16 px = startPixel;
+    float v = 0.0f;
+    return wide::decodePlainStrips(h, l, b * l.samples, [&](uint32_t base, uint32_t x, uint32_t y) {
+        if (l.alpha && fb.readfloatP(v, wide::filePos(base + 3 * b), wide::noSwap))
+            px.fromFloatA(v);
+        if (fb.readfloatP(v, wide::filePos(base + 2 * b), wide::noSwap))
+            px.fromFloatB(v);
+        if (fb.readfloatP(v, wide::filePos(base + b), wide::noSwap))
+            px.fromFloatG(v);
+        if (fb.readfloatP(v, wide::filePos(base), wide::noSwap))
+            px.fromFloatR(v);
+        wide::writePixel(target, x, y, px);
+    });
+}
+
+unsigned int decode16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h)
+{
+    const StripLayout l = wide::stripLayout(h, target.alpha);
+    const unsigned int bits = h.bitsPerSample;
+    // 8-bit sources belong to imgDecode8: success without a pixel written.
+    switch (h.compression) {
+    case tiffCompressionLZW:
+        if (bits == 8)
+            return vkStatusOk;
+        if (bits == 16)
+            return lzw16(fb, target, h, l);
+        if (bits == 32)
+            return lzwFloat(fb, target, h, l);
+        return vkStatusUnsupported;
+    case tiffCompressionPackBits:
+        if (bits == 8)
+            return vkStatusOk;
+        return bits == 16 ? packBits16(fb, target, h, l) : packBitsFloat(fb, target, h, l);
+    case tiffCompressionNone:
+        if (bits == 8)
+            return vkStatusOk;
+        return bits == 16 ? plain16(fb, target, h, l) : plainFloat(fb, target, h, l);
+    default:
+        return vkStatusUnsupported;
+    }
+}
+
+} // namespace
+
+extern "C" unsigned int imgDecode16(vkP::_dataIMG_Decode16* call)
+{
+    return wide::runStripDecode(call, decode16);
+}

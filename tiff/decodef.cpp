@@ -1,0 +1,87 @@
+// decodef.cpp - imgDecodef: strips of float samples (none, LZW, PackBits) stored unchanged into a float RGBA buffer
+#include "plugin/entry_points.h"
+#include "shared/image/rgba_buffer.h"
+#include "tiff/wide_strips.h"
+
+namespace {
+
+using vkP::_Rgbaf;
+using vkP::_imgFileBuffer;
+using vkP::_imgRGBABufferf;
+using wide::StripLayout;
+
+// Alpha is only read with the alpha flag; without it every pixel is opaque,
+// 1.0, on every whole-record path. The colour start is the light grey of the
+// 16-bit decoder (0xCCCC is 0.8 of full scale), kept by channels never read.
+constexpr _Rgbaf startPixel{0.8f, 0.8f, 0.8f, 1.0f};
+
+unsigned int lzwFloat(_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffHeader& h, const StripLayout& l)
+{
+    uint32_t bytes = 0;
+    if (!wide::lzwFloatScratchBytes(l, bytes))
+        return vkStatusNoMemory;
+    _Rgbaf px = startPixel;
+    return wide::decodeLZWStrips(
+        fb, h, l, bytes, 4 * l.samples, vkStatusCorruptData, [](unsigned char*) {},
+        [&](const unsigned char* scratch, uint32_t pixel, uint32_t x, uint32_t y) {
+            // Decompressed floats are in host order whatever the file's order.
+            const uint32_t p = pixel * l.samples;
+            if (l.alpha)
+                px.a = wide::floatAt(scratch, p + 3);
+            px.b = wide::floatAt(scratch, p + 2);
+            px.g = wide::floatAt(scratch, p + 1);
+            px.r = wide::floatAt(scratch, p);
+            wide::writePixel(target, x, y, px);
+        });
+}
+
+unsigned int packBitsFloat(_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffHeader& h, const StripLayout& l)
+{
+    const float one = 1.0f;
+    unsigned char sample[4];
+    std::memcpy(sample, &one, sizeof sample);
+    // Four bytes make one float in memory order, no swap for either byte order.
+    return wide::decodePackBitsStrips(fb, h, l, target.capacity, sample,
+                                      [&](uint32_t index, const unsigned char* s) {
+                                          float v;
+                                          std::memcpy(&v, s, sizeof v);
+                                          target.writeFloat(index, v);
+                                      });
+}
+
+unsigned int plainFloat(_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffHeader& h, const StripLayout& l)
+{
+    // Samples are read as 32-bit floats whatever the bits per sample say.
+    const uint32_t b = h.bitsPerSample / 8u;
+    _Rgbaf px = startPixel;
+    return wide::decodePlainStrips(h, l, b * l.samples, [&](uint32_t base, uint32_t x, uint32_t y) {
+        if (l.alpha)
+            fb.readfloatP(px.a, wide::filePos(base + 3 * b), wide::noSwap);
+        fb.readfloatP(px.b, wide::filePos(base + 2 * b), wide::noSwap);
+        fb.readfloatP(px.g, wide::filePos(base + b), wide::noSwap);
+        fb.readfloatP(px.r, wide::filePos(base), wide::noSwap);
+        wide::writePixel(target, x, y, px);
+    });
+}
+
+unsigned int decodef(_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffHeader& h)
+{
+    const unsigned int c = h.compression;
+    if (c != tiffCompressionLZW && c != tiffCompressionPackBits && c != tiffCompressionNone)
+        return vkStatusUnsupported;
+    const unsigned int bits = h.bitsPerSample;
+    // 8- and 16-bit sources are not widened here: success without a pixel written.
+    if (bits == 8 || bits == 16)
+        return vkStatusOk;
+    const StripLayout l = wide::stripLayout(h, target.alpha);
+    if (c == tiffCompressionLZW)
+        return bits == 32 ? lzwFloat(fb, target, h, l) : vkStatusUnsupported;
+    return c == tiffCompressionPackBits ? packBitsFloat(fb, target, h, l) : plainFloat(fb, target, h, l);
+}
+
+} // namespace
+
+extern "C" unsigned int imgDecodef(vkP::_dataIMG_Decodef* call)
+{
+    return wide::runStripDecode(call, decodef);
+}

@@ -1,0 +1,198 @@
+// wide_strips.h - strip loops shared by imgDecode16 and imgDecodef: entry frame, LZW, PackBits and uncompressed strips
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <new>
+
+#include "plugin/records.h"
+#include "plugin/status.h"
+#include "shared/image/file_buffer.h"
+#include "tiff/decode_common.h"
+#include "tiff/lzw.h"
+#include "tiff/tiff_header.h"
+
+namespace wide {
+
+constexpr uint32_t lzwHeadroomBytes = 1000;  // spare bytes after every LZW strip in the scratch
+constexpr uint32_t maxScratchBytes = INT32_MAX; // ff_lzw_decode counts its output in int
+constexpr bool noSwap = false;                // the file buffer swaps by its own byte-order flag
+
+// The header values one call runs on: W, H, R, S, the strips to walk and the
+// target's alpha flag.
+struct StripLayout {
+    uint32_t width;
+    uint32_t length;
+    uint32_t rowsPerStrip;
+    uint32_t samples;
+    uint32_t strips; // stripCount, never beyond the capacity of the offset table
+    bool alpha;
+};
+
+StripLayout stripLayout(const TiffHeader& h, unsigned char alphaFlag);
+
+// Rows decoded from the strip whose first image row is y0: r < R and y0 + r < H.
+uint32_t rowsOfStrip(const StripLayout& l, uint32_t y0);
+
+// Bytes asked of the LZW decoder for the strip starting at y0:
+// bytesPerPixel × W × min(H − y0, R), the minimum taken unsigned.
+uint32_t lzwStripBytes(const StripLayout& l, uint32_t bytesPerPixel, uint32_t y0);
+
+// Scratch sizes of the LZW paths: W × R × bytes per pixel + headroom, grown to
+// cover every index the path's pixel loop and predictor can reach (read as
+// zeros beyond the decoded data). False when a product overflows or the size
+// passes maxScratchBytes: the caller refuses with vkStatusNoMemory.
+bool lzw16ScratchBytes(const StripLayout& l, uint32_t& bytes);
+bool lzwFloatScratchBytes(const StripLayout& l, uint32_t& bytes);
+
+// Decodes `expected` bytes of the started chunk into out and returns the count
+// delivered, as ff_lzw_decode does.
+int decodeChunk(LZWState& state, unsigned char* out, uint32_t expected);
+
+// Undoes horizontal differencing on 16-bit host-order units over all R rows of
+// the strip scratch: samples 0..2 of each pixel, and 3 with the alpha flag.
+void undoPredictor16(unsigned char* scratch, const StripLayout& l);
+
+inline uint16_t unitAt(const unsigned char* scratch, uint32_t unit)
+{
+    uint16_t v;
+    std::memcpy(&v, scratch + size_t(unit) * 2, sizeof v);
+    return v;
+}
+
+inline float floatAt(const unsigned char* scratch, uint32_t index)
+{
+    float v;
+    std::memcpy(&v, scratch + size_t(index) * 4, sizeof v);
+    return v;
+}
+
+// Writes a whole pixel record at column x, row y through the target's
+// bounds-checked x/y write.
+template <class Target, class Pixel>
+void writePixel(Target& target, uint32_t x, uint32_t y, const Pixel& p)
+{
+    const int xi = int(x);
+    const int yi = int(y);
+    target.write(xi, yi, p);
+}
+
+// The frame of a decode entry: refuses tiled images, hands the header's byte
+// order to the file buffer, runs body(file, target, header) and turns any
+// exception into vkStatusException (the scratch is owned by the body's stack
+// and freed while unwinding).
+template <class Call, class Body>
+unsigned int runStripDecode(Call* call, Body&& body)
+{
+    try {
+        if (!call || !call->fileBuffer || !call->target || !call->tiffHeader)
+            return vkStatusUnsupported;
+        const TiffHeader& h = *call->tiffHeader;
+        if (h.tileCount != 0)
+            return vkStatusUnsupported;
+        call->fileBuffer->dataBigEndian = h.bigEndian != 0;
+        return body(*call->fileBuffer, *call->target, h);
+    } catch (...) {
+        return vkStatusException;
+    }
+}
+
+// LZW strips: allocates and zeroes the scratch of `scratchBytes` once per call
+// (also when there are no strips), then per strip starts the decoder at the
+// strip's offset (refusal: vkStatusUnsupported), decodes lzwStripBytes (another
+// count: `shortStatus`), calls afterDecode(scratch) and emit(scratch, x + r × W,
+// x, y0 + r) for every pixel of the strip's rows.
+template <class AfterDecode, class Emit>
+unsigned int decodeLZWStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, const StripLayout& l,
+                             uint32_t scratchBytes, uint32_t bytesPerPixel, unsigned int shortStatus,
+                             AfterDecode&& afterDecode, Emit&& emit)
+{
+    std::unique_ptr<unsigned char[]> scratch(new (std::nothrow) unsigned char[scratchBytes]);
+    if (!scratch)
+        return vkStatusNoMemory;
+    std::memset(scratch.get(), 0, scratchBytes);
+    LZWState state{}; // zeroed: a corrupt stream reading unwritten slots sees zeros, not stale stack
+    uint32_t y0 = 0;
+    for (uint32_t s = 0; s < l.strips; ++s, y0 += l.rowsPerStrip) { // y0 wraps like the header's 32-bit rows
+        if (startChunkLZW(state, fb, h.stripOffsets[s]) < 0)
+            return vkStatusUnsupported;
+        const uint32_t expected = lzwStripBytes(l, bytesPerPixel, y0);
+        if (decodeChunk(state, scratch.get(), expected) != int(expected))
+            return shortStatus;
+        afterDecode(scratch.get());
+        const uint32_t rows = rowsOfStrip(l, y0);
+        for (uint32_t r = 0; r < rows; ++r)
+            for (uint32_t x = 0; x < l.width; ++x)
+                emit(static_cast<const unsigned char*>(scratch.get()), x + r * l.width, x, y0 + r);
+    }
+    return vkStatusOk;
+}
+
+// PackBits strips: per strip, seeks to its offset and walks packets until the
+// loaded data ends, y0 + r reaches H or r reaches R. Bytes, counted from 0 at
+// each strip, fill sample[count mod N]; each completed sample goes to
+// store(index, sample), where the element index places sample number c of the
+// row at channel c mod 4 of pixel c ÷ 4 with the alpha flag, else c mod 3 of
+// pixel c ÷ 3, counted from pixel (y0 + r) × W. A row holds W × S samples.
+// Indices at or beyond 4 × capacity, the channels the target holds, are
+// dropped. `sample` keeps its bytes from strip to strip and call to call.
+template <size_t N, class Store>
+unsigned int decodePackBitsStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, const StripLayout& l,
+                                  uint32_t capacity, unsigned char (&sample)[N], Store&& store)
+{
+    const uint32_t perPixel = l.alpha ? 4 : 3;
+    const uint32_t rowSamples = l.width * l.samples; // 32-bit like the header fields
+    const uint64_t channels = uint64_t(capacity) * 4;
+    uint32_t y0 = 0;
+    for (uint32_t s = 0; s < l.strips; ++s, y0 += l.rowsPerStrip) {
+        const long long offset = h.stripOffsets[s];
+        fb.setBufPosition(offset);
+        uint32_t r = 0;
+        uint32_t c = 0;
+        uint32_t count = 0;
+        walkPackBits(
+            fb,
+            [&](unsigned char byte) {
+                const uint32_t k = count++ % N;
+                sample[k] = byte;
+                if (k != N - 1)
+                    return;
+                const uint32_t index = ((y0 + r) * l.width + c / perPixel) * 4 + c % perPixel; // wraps at 32 bits
+                if (index < channels)
+                    store(index, static_cast<const unsigned char*>(sample));
+                if (++c >= rowSamples) {
+                    ++r;
+                    c = 0;
+                }
+            },
+            [&] { return y0 + r >= l.length || r >= l.rowsPerStrip; });
+    }
+    return vkStatusOk;
+}
+
+// Uncompressed strips: pixel(base, x, y) for every pixel of every strip's
+// rows, base = strip offset + (x + r × W) × stride, in 32-bit arithmetic that
+// wraps; the file buffer refuses what then lies outside the loaded data.
+template <class Pixel>
+unsigned int decodePlainStrips(const TiffHeader& h, const StripLayout& l, uint32_t stride, Pixel&& pixel)
+{
+    uint32_t y0 = 0;
+    for (uint32_t s = 0; s < l.strips; ++s, y0 += l.rowsPerStrip) {
+        const uint32_t offset = h.stripOffsets[s];
+        const uint32_t rows = rowsOfStrip(l, y0);
+        for (uint32_t r = 0; r < rows; ++r)
+            for (uint32_t x = 0; x < l.width; ++x)
+                pixel(offset + (x + r * l.width) * stride, x, y0 + r);
+    }
+    return vkStatusOk;
+}
+
+// A position for the file buffer's int reads: values past INT_MAX turn
+// negative and are refused there.
+inline int filePos(uint32_t p)
+{
+    return int(p);
+}
+
+} // namespace wide
