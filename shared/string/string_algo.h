@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <type_traits>
 
@@ -68,6 +69,23 @@ inline std::size_t textLength16(const char* s) { return static_cast<unsigned sho
 // "%d" text of v; buf holds at least 12 characters.
 inline int formatInt(char* buf, std::size_t size, int v) { return std::snprintf(buf, size, "%d", v); }
 constexpr std::size_t intTextSize = 12; // "-2147483648" and the terminator
+
+// The low 32 bits of v read as a signed 32-bit number (two's complement wrap).
+inline int low32Signed(long long v) {
+    const std::uint32_t low = static_cast<std::uint32_t>(static_cast<unsigned long long>(v));
+    return low <= static_cast<std::uint32_t>(INT_MAX) ? static_cast<int>(low)
+                                                      : static_cast<int>(low - 0x80000000u) + INT_MIN;
+}
+
+// atoi of the 8-bit text, read no further than its array. Out-of-range values saturate as atoi does on the 32-bit target.
+template <std::size_t M>
+int textToInt(const char (&text)[M]) {
+    char buf[M + 1];
+    std::memcpy(buf, text, M);
+    buf[M] = 0;
+    const long long v = std::strtoll(buf, nullptr, 10);
+    return static_cast<int>(clampTo<long long>(v, INT_MIN, INT_MAX));
+}
 
 // ---- filling ---------------------------------------------------------------
 

@@ -4,6 +4,7 @@
 #include "shared/string/string_algo.h"
 
 #include "shared/string/vk_string16_core.inc"
+#include "shared/string/vk_string16_ops.inc"
 
 template class _vkString<10>;
 template class _vkString<25>;

@@ -5,6 +5,7 @@
 
 #define VK_STRING8 _vkString8_evenSize
 #include "shared/string/vk_string8_core.inc"
+#include "shared/string/vk_string8_ops.inc"
 #undef VK_STRING8
 
 template class _vkString8_evenSize<6>;
