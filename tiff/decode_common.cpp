@@ -12,7 +12,7 @@ bool checkedScratchBytes(uint32_t a, uint32_t b, uint32_t c, uint32_t headroom, 
     if (n > UINT32_MAX)
         return false;
     n += headroom;
-    if (n > UINT32_MAX)
+    if (n > uint64_t(INT_MAX))
         return false;
     bytes = uint32_t(n);
     return true;
@@ -20,10 +20,17 @@ bool checkedScratchBytes(uint32_t a, uint32_t b, uint32_t c, uint32_t headroom, 
 
 int startChunkLZW(LZWState& state, vkP::_imgFileBuffer& fb, uint32_t offset)
 {
-    long long loaded = fb.sizeLoaded;
+    // Reads never reach beyond the allocation (bufferSize + 4 bytes), even
+    // where a write has carried sizeLoaded past the capacity.
+    long long loaded = fb.sizeLoaded < fb.bufferSize ? fb.sizeLoaded : fb.bufferSize;
+    if (loaded < 0)
+        loaded = 0;
     long long start = offset;
     long long size = loaded - start + 1;
-    if (start > loaded) {
+    if (fb.buffer == nullptr) {
+        start = 0;
+        size = 0;
+    } else if (start > loaded) {
         start = loaded;
         size = 0;
     }

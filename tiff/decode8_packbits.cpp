@@ -1,0 +1,113 @@
+// decode8_packbits.cpp - PackBits strips (8/16-bit and float samples) written byte by byte into 8-bit RGBA
+#include <cstring>
+
+#include "tiff/decode8.h"
+#include "tiff/decode_common.h"
+
+namespace decode8 {
+
+namespace {
+
+// Places the channel bytes of one strip into the target. Samples are placed
+// by c mod 4 (alpha flag set) or c mod 3 while a row counts samplesPerPixel
+// samples, so an image whose sample count differs from the channels the flag
+// implies is laid out accordingly; without the flag the alpha byte of a pixel
+// is never written and keeps what the target held.
+class StripSink {
+public:
+    StripSink(Call& call, uint32_t firstRow)
+        : call_(call), firstRow_(firstRow),
+          rowSamples_(call.header.imageWidth * call.header.samplesPerPixel) // 32-bit, wrapping
+    {}
+
+    void place(unsigned char v)
+    {
+        const uint32_t width = call_.header.imageWidth;
+        const uint32_t y = firstRow_ + row_;
+        // 32-bit index arithmetic; writeByte drops whatever lies outside the target.
+        const uint32_t index = call_.layout.alpha ? sample_ % 4 + (sample_ / 4 + y * width) * 4
+                                                  : sample_ % 3 + (sample_ / 3 + y * width) * 4;
+        call_.target.writeByte(index, v);
+        if (++sample_ >= rowSamples_) {
+            ++row_;
+            sample_ = 0;
+        }
+    }
+
+    // Asked between packets only: a packet may run on into the next rows.
+    bool done() const
+    {
+        return firstRow_ + row_ >= call_.header.imageLength || row_ >= call_.header.rowsPerStrip;
+    }
+
+private:
+    Call& call_;
+    uint32_t firstRow_;
+    uint32_t rowSamples_;
+    uint32_t row_ = 0;
+    uint32_t sample_ = 0;
+};
+
+template <class StripWalk>
+unsigned int forEachStrip(Call& call, StripWalk&& walk)
+{
+    const TiffHeader& h = call.header;
+    uint32_t firstRow = 0;
+    for (uint32_t s = 0; s < h.stripCount; ++s, firstRow += h.rowsPerStrip) {
+        if (!chunkInTable(s))
+            return vkStatusCorruptData;
+        // A seek beyond the loaded data fails and leaves the position where
+        // the previous strip ended; the walk then ends after one packet.
+        call.file.setBufPosition(static_cast<long long>(h.stripOffsets[s]));
+        StripSink sink(call, firstRow);
+        walk(sink);
+    }
+    return vkStatusOk;
+}
+
+} // namespace
+
+unsigned int packBitsInteger(Call& call)
+{
+    const SampleLayout& L = call.layout;
+    return forEachStrip(call, [&](StripSink& sink) {
+        uint32_t byteCount = 0;
+        walkPackBits(
+            call.file,
+            [&](unsigned char& v) {
+                // Of a 16-bit sample only its most significant byte is kept.
+                if (L.bytesPerSample == 1 || byteCount % L.bytesPerSample == L.highByte)
+                    sink.place(v);
+                ++byteCount;
+            },
+            [&] { return sink.done(); });
+    });
+}
+
+unsigned int packBitsFloat(Call& call)
+{
+    return forEachStrip(call, [&](StripSink& sink) {
+        uint32_t byteCount = 0;
+        unsigned char staging[floatSampleBytes] = {0, 0, 0, 0};
+        walkPackBits(
+            call.file,
+            [&](unsigned char& v) {
+                const uint32_t slot = byteCount % floatSampleBytes;
+                staging[slot] = v;
+                ++byteCount;
+                if (slot != floatSampleBytes - 1)
+                    return;
+                // A float completed: taken in host order without a swap. Its
+                // converted byte replaces the byte being delivered, so the rest
+                // of a run packet repeats the converted byte, not the file's;
+                // kept so that such files decode exactly as they always have.
+                float f;
+                std::memcpy(&f, staging, sizeof f);
+                v = floatToByte(f);
+                sink.place(v);
+            },
+            [&] { return sink.done(); });
+    });
+}
+
+} // namespace decode8
