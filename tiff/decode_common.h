@@ -26,10 +26,11 @@ int startChunkLZW(LZWState& state, vkP::_imgFileBuffer& fb, uint32_t offset);
 // every byte to sink(byte). The byte is passed as an lvalue: a sink that
 // changes it changes the value the rest of a run packet repeats. A header
 // n >= 0 is followed by n + 1 literal bytes; n < 0 by one byte used 1 - n
-// times, so -128 repeats 129 times instead of being skipped. After each whole packet, never inside one, the walk ends when
-// the position has reached the loaded size or stop() says so. Reads are not
-// checked: a failed read leaves the byte it would have replaced, so a packet
-// cut short by the end of the loaded data repeats its last value.
+// times, so -128 repeats 129 times instead of being skipped. After each whole
+// packet, never inside one, the walk ends when the position has reached the
+// loaded size or stop() says so. Reads are not checked: a failed read leaves
+// the byte it would have replaced, so a packet cut short by the end of the
+// loaded data repeats its last value.
 template <class Sink, class Stop>
 void walkPackBits(vkP::_imgFileBuffer& fb, Sink&& sink, Stop&& stop)
 {
