@@ -128,7 +128,7 @@ Bytes buildImage(const ImageSpec& spec)
     return b.build();
 }
 
-LoadedTiff loadTiff(const Bytes& file, long long loaded)
+LoadedTiff prepareTiff(const Bytes& file, long long loaded)
 {
     LoadedTiff t;
     t.file = std::make_unique<vkP::_imgFileBuffer>(unsigned(file.size()));
@@ -138,8 +138,20 @@ LoadedTiff loadTiff(const Bytes& file, long long loaded)
     t.file->setSizeLoaded(loaded < 0 ? (long long)file.size() : loaded);
     t.header = std::make_unique<TiffHeader>();
     std::memset(t.header.get(), 0, sizeof(TiffHeader));
+    return t;
+}
+
+unsigned int runLoadHeader(LoadedTiff& t)
+{
     _dataIMG_Header call{t.file.get(), &t.info, t.header.get()};
     t.status = imgLoadHeader(&call);
+    return t.status;
+}
+
+LoadedTiff loadTiff(const Bytes& file, long long loaded)
+{
+    LoadedTiff t = prepareTiff(file, loaded);
+    runLoadHeader(t);
     return t;
 }
 

@@ -67,7 +67,7 @@ Bytes buildImage(const ImageSpec& spec);
 // bytes, the description and the parsed header, after imgLoadHeader.
 struct LoadedTiff {
     std::unique_ptr<vkP::_imgFileBuffer> file;
-    _imgHeaderInfo info;
+    _imgHeaderInfo info{};
     std::unique_ptr<TiffHeader> header;
     unsigned int status = 0;
 };
@@ -75,6 +75,12 @@ struct LoadedTiff {
 // loaded < 0 loads the whole file; otherwise only its first `loaded` bytes
 // (the file size is still the full size).
 LoadedTiff loadTiff(const Bytes& file, long long loaded = -1);
+
+// The same records before the call (zeroed header and description), so that a
+// test can preset them or move the read position; runLoadHeader then calls
+// imgLoadHeader on them and stores the status.
+LoadedTiff prepareTiff(const Bytes& file, long long loaded = -1);
+unsigned int runLoadHeader(LoadedTiff& t);
 
 // Raw sample bytes of a test image, in file order, `value(x, y, sample, byte)`.
 template <class F>
