@@ -19,8 +19,13 @@ struct Command {
 constexpr int exitOk = 0;
 constexpr int exitFailure = 1;
 constexpr int exitUsage = 2;
+constexpr int exitSomeFailed = 3; // every file was tried, but some could not be read or converted
 
 // Prints "vkhost: <message>" on stderr and returns exitFailure.
 int fail(const std::string& message);
+// Prints "vkhost: <message> (see vkhost --help)" on stderr and returns exitUsage.
+int usageError(const std::string& message);
 
 int runAbout(PluginLibrary& plugin, const std::vector<std::string>& args);
+int runInfo(PluginLibrary& plugin, const std::vector<std::string>& args);
+int runConvert(PluginLibrary& plugin, const std::vector<std::string>& args);

@@ -10,6 +10,10 @@ namespace {
 
 const Command commands[] = {
     {"about", "", "load the plug-in, do the imgInfo handshake and print its description", runAbout},
+    {"info", "[--head] FILE...", "read each file's header and print one line about it", runInfo},
+    {"convert", "FILE -o OUT [OPTIONS]", "decode one file to a PNG (or PFM)", runConvert},
+    {"convert", "FILES_OR_DIRS... --out-dir DIR [-j N] [OPTIONS]",
+     "decode many files (directories: their *.tif/*.tiff) on N threads", runConvert},
 };
 
 void printUsage(std::FILE* to) {
@@ -19,13 +23,23 @@ void printUsage(std::FILE* to) {
                  VKHOST_DEFAULT_LIBRARY);
     for (const Command& c : commands) {
         const std::string call = std::string(c.name) + (*c.arguments ? " " : "") + c.arguments;
-        std::fprintf(to, "  %-28s %s\n", call.c_str(), c.summary);
+        std::fprintf(to, "  %s\n      %s\n", call.c_str(), c.summary);
     }
-}
-
-int usageError(const std::string& message) {
-    std::fprintf(stderr, "vkhost: %s (see vkhost --help)\n", message.c_str());
-    return exitUsage;
+    std::fprintf(to,
+                 "\nconvert options:\n"
+                 "  --depth 8|16|float  decode entry and output: 8 -> 8-bit RGBA PNG (imgDecode8, default),\n"
+                 "                      16 -> 16-bit RGBA PNG (imgDecode16), float -> PFM (imgDecodef)\n"
+                 "  --false-colour      decode floats and write an 8-bit PNG in which over-range values\n"
+                 "                      show as the false-colour display\n"
+                 "  --head              load only the first header bytes the plug-in asks for before\n"
+                 "                      imgLoadHeader (also for info); the whole file when it needs more\n"
+                 "  --max-pixels N      refuse images of more than N pixels (default 256000000)\n"
+                 "  -j N                threads for --out-dir (default: number of cores)\n"
+                 "\nexit status: 0 success, 1 failure, 2 usage error, 3 some of several files failed\n"
+                 "\nexample:\n"
+                 "  vkhost info samples/*.tif\n"
+                 "  vkhost convert samples/rgb8.tif -o rgb8.png\n"
+                 "  vkhost convert samples --out-dir out -j 2\n");
 }
 
 const Command* findCommand(const std::string& name) {
@@ -34,6 +48,8 @@ const Command* findCommand(const std::string& name) {
     return nullptr;
 }
 
+bool asksForHelp(const std::string& arg) { return arg == "--help" || arg == "-h"; }
+
 } // namespace
 
 int fail(const std::string& message) {
@@ -41,32 +57,38 @@ int fail(const std::string& message) {
     return exitFailure;
 }
 
+int usageError(const std::string& message) {
+    std::fprintf(stderr, "vkhost: %s (see vkhost --help)\n", message.c_str());
+    return exitUsage;
+}
+
 int main(int argc, char** argv) {
     std::string libraryPath = VKHOST_DEFAULT_LIBRARY;
-    std::vector<std::string> words;
-    bool optionsEnded = false;
-    for (int i = 1; i < argc; ++i) {
+    int i = 1;
+    // Options before the command belong to vkhost; everything after it to the command.
+    for (; i < argc && argv[i][0] == '-'; ++i) {
         const std::string arg = argv[i];
-        if (optionsEnded || arg.empty() || arg[0] != '-') {
-            words.push_back(arg);
-        } else if (arg == "--") {
-            optionsEnded = true;
-        } else if (arg == "--help" || arg == "-h") {
+        if (asksForHelp(arg)) {
             printUsage(stdout);
             return exitOk;
-        } else if (arg == "--lib") {
-            if (++i == argc) return usageError("--lib needs a path");
-            libraryPath = argv[i];
-        } else {
-            return usageError("unknown option " + arg);
+        }
+        if (arg != "--lib") return usageError("unknown option " + arg);
+        if (++i == argc) return usageError("--lib needs a path");
+        libraryPath = argv[i];
+    }
+    if (i == argc) return usageError("no command given");
+    const Command* command = findCommand(argv[i]);
+    if (command == nullptr) return usageError(std::string("unknown command ") + argv[i]);
+    const std::vector<std::string> args(argv + i + 1, argv + argc);
+    for (const std::string& arg : args) {
+        if (asksForHelp(arg)) {
+            printUsage(stdout);
+            return exitOk;
         }
     }
-    if (words.empty()) return usageError("no command given");
-    const Command* command = findCommand(words[0]);
-    if (command == nullptr) return usageError("unknown command " + words[0]);
 
     PluginLibrary plugin;
     std::string error;
     if (!plugin.open(libraryPath, error) || !plugin.handshake(error)) return fail(error);
-    return command->run(plugin, std::vector<std::string>(words.begin() + 1, words.end()));
+    return command->run(plugin, args);
 }
