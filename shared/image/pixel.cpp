@@ -47,15 +47,22 @@ Channel toChannel(float v, float fullScale) {
 unsigned char to8(float v) { return toChannel<unsigned char>(v, fullScale8); }
 unsigned short to16(float v) { return toChannel<unsigned short>(v, fullScale16); }
 
-float byteReversed(float v) {
+// Works on the float in memory: a float passed through a return value may
+// travel through an x87 register on 32-bit x86, which would quiet a signalling
+// NaN pattern and so change the bytes.
+void reverseBytes(float& v) {
     uint32_t bits;
     std::memcpy(&bits, &v, sizeof bits);
     bits = __builtin_bswap32(bits);
     std::memcpy(&v, &bits, sizeof v);
-    return v;
 }
 
-float swappedIf(float v, bool swap) { return swap ? byteReversed(v) : v; }
+float swappedIf(float v, bool swap) {
+    if (swap) {
+        reverseBytes(v);
+    }
+    return v;
+}
 
 // A NaN channel counts as 0 when looking for the brightest one.
 float nanAsZero(float v) { return std::isnan(v) ? 0.0f : v; }
@@ -123,10 +130,10 @@ void _Rgba8::fromFloatRGBA_sw(const float& rIn, const float& gIn, const float& b
 }
 
 void _Rgbaf::swapBytes() {
-    r = byteReversed(r);
-    g = byteReversed(g);
-    b = byteReversed(b);
-    a = byteReversed(a);
+    reverseBytes(r);
+    reverseBytes(g);
+    reverseBytes(b);
+    reverseBytes(a);
 }
 
 } // namespace vkP
