@@ -58,7 +58,7 @@ _vkString<25> float2Str(float value, const int& digits, const unsigned short& se
     _vkString<25> r(buf);
     r += separator;
     const int printed = vkstr::formatInt(buf, sizeof buf, fractionDigits);
-    for (int i = printed; i < digits && r.length < 25; ++i) r += '0';
+    for (int i = printed; i < digits && r.length < vkstr::capacity<_vkString<25>>; ++i) r += '0';
     r.add(buf);
     return r;
 }
