@@ -37,7 +37,7 @@ StripLayout stripLayout(const TiffHeader& h, unsigned char alphaFlag)
             h.imageLength,
             h.rowsPerStrip,
             h.samplesPerPixel,
-            std::min<uint32_t>(h.stripCount, maxStrips),
+            h.stripCount,
             alphaFlag != 0};
 }
 

@@ -26,11 +26,19 @@ struct StripLayout {
     uint32_t length;
     uint32_t rowsPerStrip;
     uint32_t samples;
-    uint32_t strips; // stripCount, never beyond the capacity of the offset table
+    uint32_t strips; // stripCount
     bool alpha;
 };
 
 StripLayout stripLayout(const TiffHeader& h, unsigned char alphaFlag);
+
+// Strip numbers index the fixed tables of TiffHeader; a number beyond them
+// (only a hand-made header asks for one) is not decodable: the strip loops
+// then stop with vkStatusCorruptData, the strips before it written.
+inline bool stripInTable(uint32_t s)
+{
+    return s < uint32_t(maxStrips);
+}
 
 // Rows decoded from the strip whose first image row is y0: r < R and y0 + r < H.
 uint32_t rowsOfStrip(const StripLayout& l, uint32_t y0);
@@ -115,6 +123,8 @@ unsigned int decodeLZWStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, const
     LZWState state{}; // zeroed: a corrupt stream reading unwritten slots sees zeros, not stale stack
     uint32_t y0 = 0;
     for (uint32_t s = 0; s < l.strips; ++s, y0 += l.rowsPerStrip) { // y0 wraps like the header's 32-bit rows
+        if (!stripInTable(s))
+            return vkStatusCorruptData;
         if (startChunkLZW(state, fb, h.stripOffsets[s]) < 0)
             return vkStatusUnsupported;
         const uint32_t expected = lzwStripBytes(l, bytesPerPixel, y0);
@@ -146,6 +156,8 @@ unsigned int decodePackBitsStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, 
     const uint64_t channels = uint64_t(capacity) * 4;
     uint32_t y0 = 0;
     for (uint32_t s = 0; s < l.strips; ++s, y0 += l.rowsPerStrip) {
+        if (!stripInTable(s))
+            return vkStatusCorruptData;
         const long long offset = h.stripOffsets[s];
         fb.setBufPosition(offset);
         uint32_t r = 0;
@@ -179,6 +191,8 @@ unsigned int decodePlainStrips(const TiffHeader& h, const StripLayout& l, uint32
 {
     uint32_t y0 = 0;
     for (uint32_t s = 0; s < l.strips; ++s, y0 += l.rowsPerStrip) {
+        if (!stripInTable(s))
+            return vkStatusCorruptData;
         const uint32_t offset = h.stripOffsets[s];
         const uint32_t rows = rowsOfStrip(l, y0);
         for (uint32_t r = 0; r < rows; ++r)
