@@ -43,7 +43,7 @@ int truncToInt(F v) {
 
 // The fraction is printed as its own signed integer and rounding never carries
 // into the integer part (-1.25 gives "-1.-25", 0.999 with 2 digits "0.100");
-// hosts parse exactly this text, so it is kept.
+// long-standing output that hosts can observe, so it is kept.
 _vkString<25> float2Str(float value, const int& digits, const unsigned short& separator) {
     const int whole = truncToInt(value);
     float scale = 1.0f;
