@@ -85,44 +85,16 @@ uint16_t narrow(float v)
     return uint16_t(v * 65535.0f);
 }
 
-ImageSpec spec(bool bigEndian, uint32_t w, uint32_t h, uint16_t s, uint16_t bits, uint16_t compression,
-               uint32_t rows = 0)
-{
-    ImageSpec sp;
-    sp.bigEndian = bigEndian;
-    sp.width = w;
-    sp.height = h;
-    sp.samplesPerPixel = s;
-    sp.bitsPerSample = bits;
-    sp.compression = compression;
-    sp.rowsPerStrip = rows;
-    return sp;
-}
-
 LoadedTiff image16(const ImageSpec& sp)
 {
-    LoadedTiff t = loadTiff(buildStripImage(sp, [&](uint32_t y0, uint32_t y1) {
-        Bytes out;
-        for (uint32_t y = y0; y < y1; ++y)
-            for (uint32_t x = 0; x < sp.width; ++x)
-                for (uint32_t s = 0; s < sp.samplesPerPixel; ++s)
-                    putU16(out, sample16(x, y, s), sp.bigEndian);
-        return out;
-    }));
+    LoadedTiff t = loadTiff(buildImage16(sp, sample16));
     EXPECT_EQ(t.status, 1u);
     return t;
 }
 
 LoadedTiff imageF(const ImageSpec& sp)
 {
-    LoadedTiff t = loadTiff(buildStripImage(sp, [&](uint32_t y0, uint32_t y1) {
-        Bytes out;
-        for (uint32_t y = y0; y < y1; ++y)
-            for (uint32_t x = 0; x < sp.width; ++x)
-                for (uint32_t s = 0; s < sp.samplesPerPixel; ++s)
-                    putFloat(out, sampleF(x, y, s), sp.bigEndian);
-        return out;
-    }));
+    LoadedTiff t = loadTiff(buildImageF(sp, sampleF));
     EXPECT_EQ(t.status, 1u);
     return t;
 }
@@ -142,7 +114,7 @@ TEST(Decode16, PlainSamplesInEitherByteOrder)
     for (const Shape& c : shapes) {
         SCOPED_TRACE(testing::Message() << "bigEndian " << c.bigEndian << " samples " << c.samples);
         const uint32_t w = 5, h = 5;
-        LoadedTiff t = image16(spec(c.bigEndian, w, h, c.samples, 16, 1, 2));
+        LoadedTiff t = image16(stripSpec(c.bigEndian, w, h, c.samples, 16, 1, 2));
         std::vector<Px> want;
         for (uint32_t y = 0; y < h; ++y)
             for (uint32_t x = 0; x < w; ++x)
@@ -159,7 +131,7 @@ TEST(Decode16, PlainFloatsNarrowedInEitherByteOrder)
     for (const Shape& c : shapes) {
         SCOPED_TRACE(testing::Message() << "bigEndian " << c.bigEndian << " samples " << c.samples);
         const uint32_t w = 4, h = 3;
-        LoadedTiff t = imageF(spec(c.bigEndian, w, h, c.samples, 32, 1, 2));
+        LoadedTiff t = imageF(stripSpec(c.bigEndian, w, h, c.samples, 32, 1, 2));
         std::vector<Px> want;
         for (uint32_t y = 0; y < h; ++y)
             for (uint32_t x = 0; x < w; ++x)
@@ -176,7 +148,7 @@ TEST(Decode16, PlainFloatIsRead32BitsWideWhateverTheDepth)
     // 64-bit samples: only the first four bytes of each are read as a float.
     for (bool be : {false, true}) {
         const uint32_t w = 3, h = 2;
-        LoadedTiff t = loadTiff(buildStripImage(spec(be, w, h, 3, 32, 1), [&](uint32_t y0, uint32_t y1) {
+        LoadedTiff t = loadTiff(buildStripImage(stripSpec(be, w, h, 3, 32, 1), [&](uint32_t y0, uint32_t y1) {
             Bytes out;
             for (uint32_t y = y0; y < y1; ++y)
                 for (uint32_t x = 0; x < w; ++x)
@@ -203,7 +175,7 @@ TEST(Decode16, PackBitsPairsBytesHighFirstInEitherByteOrder)
     for (const Shape& c : shapes) {
         SCOPED_TRACE(testing::Message() << "bigEndian " << c.bigEndian << " samples " << c.samples);
         const uint32_t w = 6, h = 5;
-        LoadedTiff t = image16(spec(c.bigEndian, w, h, c.samples, 16, 32773, 2));
+        LoadedTiff t = image16(stripSpec(c.bigEndian, w, h, c.samples, 16, 32773, 2));
         auto v = [&](uint32_t x, uint32_t y, uint32_t s) {
             return c.bigEndian ? sample16(x, y, s) : bswap(sample16(x, y, s));
         };
@@ -230,7 +202,7 @@ TEST(Decode16, PackBitsPacketsAsWritten)
         {{0x80, 0xAB, 0x00, 0xCD}, 16, std::vector<Px>(16, Px{0xABAB, 0xABAB, 0xABAB, 0xABAB})},
     };
     for (const Case& c : cases) {
-        ImageSpec sp = spec(false, c.width, 1, c.want[0].a == 0x6060 ? 3 : 4, 16, 32773);
+        ImageSpec sp = stripSpec(false, c.width, 1, c.want[0].a == 0x6060 ? 3 : 4, 16, 32773);
         sp.chunks = {c.packets};
         LoadedTiff t = loadTiff(buildImage(sp));
         ASSERT_EQ(t.status, 1u);
@@ -245,7 +217,7 @@ TEST(Decode16, PackBitsPlacesSamplesByTheAlphaFlag)
     // Four samples, no alpha flag: three channels per pixel, row length 4
     // samples. Row 0's fourth sample lands on pixel 1; row 1's on pixel 2,
     // beyond the two-pixel buffer, and is dropped.
-    LoadedTiff t = image16(spec(true, 1, 2, 4, 16, 32773));
+    LoadedTiff t = image16(stripSpec(true, 1, 2, 4, 16, 32773));
     Decoded d = decode(t, 1, 2, false, true);
     EXPECT_EQ(d.status, 1u);
     expectPixels(d.pixels, {{sample16(0, 0, 0), sample16(0, 0, 1), sample16(0, 0, 2), 0x6060},
@@ -259,7 +231,7 @@ TEST(Decode16, PackBitsFloatsInHostOrderNarrowed)
         for (const Shape& c : shapes) {
             SCOPED_TRACE(testing::Message() << "bits " << bits << " bigEndian " << c.bigEndian);
             const uint32_t w = 3, h = 5;
-            LoadedTiff t = imageF(spec(c.bigEndian, w, h, c.samples, 32, 32773, 2));
+            LoadedTiff t = imageF(stripSpec(c.bigEndian, w, h, c.samples, 32, 32773, 2));
             t.header->bitsPerSample = bits;
             auto v = [&](uint32_t x, uint32_t y, uint32_t s) {
                 float f = sampleF(x, y, s);
@@ -282,7 +254,7 @@ TEST(Decode16, LzwUnitsAreReadAtTwiceThePixelSpacing)
     for (const Shape& c : shapes) {
         SCOPED_TRACE(testing::Message() << "bigEndian " << c.bigEndian << " samples " << c.samples);
         const uint32_t w = 64, h = 4, s = c.samples;
-        LoadedTiff t = image16(spec(c.bigEndian, w, h, c.samples, 16, 5));
+        LoadedTiff t = image16(stripSpec(c.bigEndian, w, h, c.samples, 16, 5));
         auto unit = [&](uint32_t k) -> uint16_t {
             if (k >= w * h * s)
                 return 0;
@@ -306,7 +278,7 @@ TEST(Decode16, LzwPredictorRunsOverEveryRowOfAShortLastStrip)
     // Samples 100y + 10x + s + 1, two pixels per row, differenced per row.
     // The last strip holds one row; the scratch's second row keeps the first
     // strip's row 1 and is summed once more, and pixel 1 reads into it.
-    ImageSpec sp = spec(false, 2, 3, 3, 16, 5, 2);
+    ImageSpec sp = stripSpec(false, 2, 3, 3, 16, 5, 2);
     sp.predictor = 2;
     LoadedTiff t = loadTiff(buildStripImage(sp, [](uint32_t y0, uint32_t y1) {
         Bytes out;
@@ -332,7 +304,7 @@ TEST(Decode16, LzwFloatsInHostOrderNarrowed)
     for (const Shape& c : shapes) {
         SCOPED_TRACE(testing::Message() << "bigEndian " << c.bigEndian << " samples " << c.samples);
         const uint32_t w = 5, h = 5;
-        LoadedTiff t = imageF(spec(c.bigEndian, w, h, c.samples, 32, 5, 2));
+        LoadedTiff t = imageF(stripSpec(c.bigEndian, w, h, c.samples, 32, 5, 2));
         auto v = [&](uint32_t x, uint32_t y, uint32_t s) {
             float f = sampleF(x, y, s);
             return narrow(c.bigEndian ? byteReversed(f) : f);
@@ -376,7 +348,7 @@ TEST(Decode16, RefusalsAndSkipsLeaveTheBufferAsItWas)
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        ImageSpec sp = spec(false, 3, 2, 3, c.bits, c.compression);
+        ImageSpec sp = stripSpec(false, 3, 2, 3, c.bits, c.compression);
         LoadedTiff t = c.bits == 8 ? loadTiff(buildStripImage(sp, [](uint32_t, uint32_t) { return Bytes(18, 7); }))
                        : c.bits == 16 ? image16(sp)
                                       : imageF(sp);
@@ -391,7 +363,7 @@ TEST(Decode16, RefusalsAndSkipsLeaveTheBufferAsItWas)
 
 TEST(Decode16, TiledImagesAreRefused)
 {
-    ImageSpec sp = spec(true, 16, 16, 3, 16, 1);
+    ImageSpec sp = stripSpec(true, 16, 16, 3, 16, 1);
     sp.tileWidth = sp.tileLength = 16;
     sp.chunks = {Bytes(16 * 16 * 6, 0x11)};
     LoadedTiff t = loadTiff(buildImage(sp));
@@ -409,7 +381,7 @@ TEST(Decode16, ShortLzwStrips)
     // before the short one stay written.
     for (uint16_t bits : {uint16_t(16), uint16_t(32)}) {
         const uint32_t w = 2, h = 2;
-        ImageSpec sp = spec(false, w, h, 3, bits, 5, 1);
+        ImageSpec sp = stripSpec(false, w, h, 3, bits, 5, 1);
         const uint32_t rowBytes = w * 3 * bits / 8;
         sp.chunks = {lzwEncodeTiff(Bytes(rowBytes, 0)), lzwEncodeTiff(Bytes(rowBytes - 1, 0))};
         LoadedTiff t = loadTiff(buildImage(sp));
@@ -427,8 +399,8 @@ TEST(Decode16, HostileHeaderValuesStaySafe)
     for (uint16_t compression : {uint16_t(1), uint16_t(5)})
         for (uint16_t bits : {uint16_t(16), uint16_t(32)}) {
             SCOPED_TRACE(testing::Message() << "compression " << compression << " bits " << bits);
-            LoadedTiff t = bits == 16 ? image16(spec(false, 2, 2, 4, 16, compression))
-                                      : imageF(spec(false, 2, 2, 4, 32, compression));
+            ImageSpec sp = stripSpec(false, 2, 2, 4, bits, compression);
+            LoadedTiff t = bits == 16 ? image16(sp) : imageF(sp);
             t.header->stripOffsets[0] = 0x80000000u;
             Decoded d = decode(t, 2, 2, true);
             EXPECT_EQ(d.status, 1u);
@@ -438,7 +410,8 @@ TEST(Decode16, HostileHeaderValuesStaySafe)
     // PackBits from a position that cannot be set: whatever it reads, it
     // stays inside the file and the target.
     for (uint16_t bits : {uint16_t(16), uint16_t(32)}) {
-        LoadedTiff t = bits == 16 ? image16(spec(true, 2, 2, 3, 16, 32773)) : imageF(spec(true, 2, 2, 3, 32, 32773));
+        ImageSpec sp = stripSpec(true, 2, 2, 3, bits, 32773);
+        LoadedTiff t = bits == 16 ? image16(sp) : imageF(sp);
         t.header->stripOffsets[0] = 0x7FFFFFFFu;
         EXPECT_EQ(decode(t, 2, 2, false).status, 1u);
     }
@@ -449,14 +422,15 @@ TEST(Decode16, HostileHeaderValuesStaySafe)
     };
     for (Size s : {Size{16, 0x40000000u}, Size{16, 200000000u}, Size{32, 0x40000000u}}) {
         SCOPED_TRACE(s.width);
-        LoadedTiff t = s.bits == 16 ? image16(spec(false, 1, 1, 3, 16, 5)) : imageF(spec(false, 1, 1, 3, 32, 5));
+        ImageSpec sp = stripSpec(false, 1, 1, 3, s.bits, 5);
+        LoadedTiff t = s.bits == 16 ? image16(sp) : imageF(sp);
         t.header->imageWidth = s.width;
         EXPECT_EQ(decode(t, 1, 1, false).status, 7u);
     }
     // A strip count beyond the offset table: the table's strips, then 14.
     for (uint16_t compression : {uint16_t(1), uint16_t(5), uint16_t(32773)}) {
         SCOPED_TRACE(compression);
-        LoadedTiff t = image16(spec(true, 2, 3, 3, 16, compression, 1));
+        LoadedTiff t = image16(stripSpec(true, 2, 3, 3, 16, compression, 1));
         t.header->stripCount = 20000;
         Decoded d = decode(t, 2, 3, false);
         EXPECT_EQ(d.status, 14u);

@@ -1,4 +1,4 @@
-// test_decode16_oracle.cpp - imgDecode16 and imgDecodef against tifffile's pixels on files written by tifffile and tiffcp
+// test_decode16_oracle.cpp - imgDecode16 and imgDecodef against tifffile's pixels, files from tifffile and tiffcp
 #include <gtest/gtest.h>
 
 #include <cmath>

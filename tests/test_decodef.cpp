@@ -77,30 +77,9 @@ float sampleF(uint32_t x, uint32_t y, uint32_t s)
     return float(x) * 0.13f + float(y) * 0.07f + float(s) * 0.21f;
 }
 
-ImageSpec spec(bool bigEndian, uint32_t w, uint32_t h, uint16_t s, uint16_t bits, uint16_t compression,
-               uint32_t rows = 0)
-{
-    ImageSpec sp;
-    sp.bigEndian = bigEndian;
-    sp.width = w;
-    sp.height = h;
-    sp.samplesPerPixel = s;
-    sp.bitsPerSample = bits;
-    sp.compression = compression;
-    sp.rowsPerStrip = rows;
-    return sp;
-}
-
 LoadedTiff imageF(const ImageSpec& sp)
 {
-    LoadedTiff t = loadTiff(buildStripImage(sp, [&](uint32_t y0, uint32_t y1) {
-        Bytes out;
-        for (uint32_t y = y0; y < y1; ++y)
-            for (uint32_t x = 0; x < sp.width; ++x)
-                for (uint32_t s = 0; s < sp.samplesPerPixel; ++s)
-                    putFloat(out, sampleF(x, y, s), sp.bigEndian);
-        return out;
-    }));
+    LoadedTiff t = loadTiff(buildImageF(sp, sampleF));
     EXPECT_EQ(t.status, 1u);
     return t;
 }
@@ -126,7 +105,7 @@ TEST(DecodeF, PlainFloatsUnchangedInEitherByteOrder)
     for (const Shape& c : shapes) {
         SCOPED_TRACE(testing::Message() << "bigEndian " << c.bigEndian << " samples " << c.samples);
         const uint32_t w = 5, h = 5;
-        LoadedTiff t = imageF(spec(c.bigEndian, w, h, c.samples, 32, 1, 2));
+        LoadedTiff t = imageF(stripSpec(c.bigEndian, w, h, c.samples, 32, 1, 2));
         std::vector<Bits> want;
         for (uint32_t y = 0; y < h; ++y)
             for (uint32_t x = 0; x < w; ++x)
@@ -143,7 +122,7 @@ TEST(DecodeF, LzwFloatsInHostOrder)
     for (const Shape& c : shapes) {
         SCOPED_TRACE(testing::Message() << "bigEndian " << c.bigEndian << " samples " << c.samples);
         const uint32_t w = 4, h = 5;
-        LoadedTiff t = imageF(spec(c.bigEndian, w, h, c.samples, 32, 5, 2));
+        LoadedTiff t = imageF(stripSpec(c.bigEndian, w, h, c.samples, 32, 5, 2));
         std::vector<Bits> want;
         for (uint32_t y = 0; y < h; ++y)
             for (uint32_t x = 0; x < w; ++x)
@@ -163,7 +142,7 @@ TEST(DecodeF, PackBitsFloatsInHostOrder)
         for (const Shape& c : shapes) {
             SCOPED_TRACE(testing::Message() << "bits " << bits << " bigEndian " << c.bigEndian);
             const uint32_t w = 3, h = 5;
-            LoadedTiff t = imageF(spec(c.bigEndian, w, h, c.samples, 32, 32773, 2));
+            LoadedTiff t = imageF(stripSpec(c.bigEndian, w, h, c.samples, 32, 32773, 2));
             t.header->bitsPerSample = bits;
             std::vector<Bits> want;
             for (uint32_t y = 0; y < h; ++y)
@@ -183,7 +162,7 @@ TEST(DecodeF, PackBitsFloatsInHostOrder)
 TEST(DecodeF, PackBitsFloatSpansPackets)
 {
     // 2.5f is 00 00 20 40 in memory: a run of two zeros, then a literal pair.
-    ImageSpec sp = spec(false, 1, 1, 3, 32, 32773);
+    ImageSpec sp = stripSpec(false, 1, 1, 3, 32, 32773);
     sp.chunks = {{0xFF, 0x00, 0x01, 0x20, 0x40, 0xFD, 0x00, 0xFF, 0x00, 0x01, 0x80, 0x3F}};
     LoadedTiff t = loadTiff(buildImage(sp));
     ASSERT_EQ(t.status, 1u);
@@ -225,7 +204,7 @@ TEST(DecodeF, SourcesNotDecodedHereAndRefusals)
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        ImageSpec sp = spec(false, 3, 2, 3, c.bits, c.compression);
+        ImageSpec sp = stripSpec(false, 3, 2, 3, c.bits, c.compression);
         LoadedTiff t = c.bits == 32 ? imageF(sp)
                                     : loadTiff(buildStripImage(sp, [&](uint32_t, uint32_t) {
                                           return Bytes(6 * c.bits / 8 * 3, 0x3F);
@@ -241,7 +220,7 @@ TEST(DecodeF, SourcesNotDecodedHereAndRefusals)
 
 TEST(DecodeF, TiledImagesAreRefused)
 {
-    ImageSpec sp = spec(false, 16, 16, 3, 32, 1);
+    ImageSpec sp = stripSpec(false, 16, 16, 3, 32, 1);
     sp.tileWidth = sp.tileLength = 16;
     sp.chunks = {Bytes(16 * 16 * 12, 0x11)};
     LoadedTiff t = loadTiff(buildImage(sp));
@@ -253,7 +232,7 @@ TEST(DecodeF, TiledImagesAreRefused)
 
 TEST(DecodeF, ShortLzwStripReturns14)
 {
-    ImageSpec sp = spec(false, 2, 2, 3, 32, 5, 1);
+    ImageSpec sp = stripSpec(false, 2, 2, 3, 32, 5, 1);
     sp.chunks = {lzwEncodeTiff(Bytes(24, 0)), lzwEncodeTiff(Bytes(23, 0))};
     LoadedTiff t = loadTiff(buildImage(sp));
     ASSERT_EQ(t.status, 1u);
@@ -268,16 +247,16 @@ TEST(DecodeF, HostileHeaderValuesStaySafe)
     // Uncompressed strips beyond the loaded data: every read refused, the
     // start pixel written; LZW on empty input decodes zeros.
     for (uint16_t compression : {uint16_t(1), uint16_t(5)}) {
-        LoadedTiff t = imageF(spec(true, 2, 2, 3, 32, compression));
+        LoadedTiff t = imageF(stripSpec(true, 2, 2, 3, 32, compression));
         t.header->stripOffsets[0] = 0x80000000u;
         Decoded d = decode(t, 2, 2, false);
         EXPECT_EQ(d.status, 1u);
         expectPixels(d.pixels, std::vector<Bits>(4, compression == 1 ? startPixel : pixel(0, 0, 0, 1.0f)));
     }
-    LoadedTiff p = imageF(spec(false, 2, 2, 4, 32, 32773));
+    LoadedTiff p = imageF(stripSpec(false, 2, 2, 4, 32, 32773));
     p.header->stripOffsets[0] = 0x7FFFFFFFu;
     EXPECT_EQ(decode(p, 2, 2, true).status, 1u);
-    LoadedTiff wide = imageF(spec(false, 1, 1, 3, 32, 5));
+    LoadedTiff wide = imageF(stripSpec(false, 1, 1, 3, 32, 5));
     wide.header->imageWidth = 0x20000000u;
     EXPECT_EQ(decode(wide, 1, 1, false).status, 7u);
     EXPECT_EQ(imgDecodef(nullptr), 4u);

@@ -1,4 +1,4 @@
-// wide_strips.cpp - layout, scratch sizing, LZW chunk decoding and the 16-bit predictor of the 16-bit and float decoders
+// wide_strips.cpp - layout, scratch sizing, LZW chunk decoding and 16-bit predictor of the 16-bit and float decoders
 #include "tiff/wide_strips.h"
 
 #include <algorithm>

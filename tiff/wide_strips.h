@@ -15,9 +15,9 @@
 
 namespace wide {
 
-constexpr uint32_t lzwHeadroomBytes = 1000;  // spare bytes after every LZW strip in the scratch
+constexpr uint32_t lzwHeadroomBytes = 1000;      // spare bytes after every LZW strip in the scratch
 constexpr uint32_t maxScratchBytes = INT32_MAX; // ff_lzw_decode counts its output in int
-constexpr bool noSwap = false;                // the file buffer swaps by its own byte-order flag
+constexpr bool noSwap = false;                   // the file buffer swaps by its own byte-order flag
 
 // The header values one call runs on: W, H, R, S, the strips to walk and the
 // target's alpha flag.
@@ -94,6 +94,7 @@ template <class Call, class Body>
 unsigned int runStripDecode(Call* call, Body&& body)
 {
     try {
+        // A record without its three pointers names nothing to read.
         if (!call || !call->fileBuffer || !call->target || !call->tiffHeader)
             return vkStatusUnsupported;
         const TiffHeader& h = *call->tiffHeader;
@@ -119,6 +120,8 @@ unsigned int decodeLZWStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, const
     std::unique_ptr<unsigned char[]> scratch(new (std::nothrow) unsigned char[scratchBytes]);
     if (!scratch)
         return vkStatusNoMemory;
+    // Zeroed once: what a pixel loop reads beyond a strip's decoded bytes is
+    // zeros, or what an earlier strip of the same call left there.
     std::memset(scratch.get(), 0, scratchBytes);
     LZWState state{}; // zeroed: a corrupt stream reading unwritten slots sees zeros, not stale stack
     uint32_t y0 = 0;
@@ -146,7 +149,7 @@ unsigned int decodeLZWStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, const
 // row at channel c mod 4 of pixel c ÷ 4 with the alpha flag, else c mod 3 of
 // pixel c ÷ 3, counted from pixel (y0 + r) × W. A row holds W × S samples.
 // Indices at or beyond 4 × capacity, the channels the target holds, are
-// dropped. `sample` keeps its bytes from strip to strip and call to call.
+// dropped. `sample` keeps its bytes from strip to strip.
 template <size_t N, class Store>
 unsigned int decodePackBitsStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, const StripLayout& l,
                                   uint32_t capacity, unsigned char (&sample)[N], Store&& store)

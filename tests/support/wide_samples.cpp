@@ -80,4 +80,41 @@ Bytes buildStripImage(ImageSpec spec, const std::function<Bytes(uint32_t y0, uin
     return buildImage(spec);
 }
 
+ImageSpec stripSpec(bool bigEndian, uint32_t width, uint32_t height, uint16_t samples, uint16_t bits,
+                    uint16_t compression, uint32_t rowsPerStrip)
+{
+    ImageSpec sp;
+    sp.bigEndian = bigEndian;
+    sp.width = width;
+    sp.height = height;
+    sp.samplesPerPixel = samples;
+    sp.bitsPerSample = bits;
+    sp.compression = compression;
+    sp.rowsPerStrip = rowsPerStrip;
+    return sp;
+}
+
+template <class F, class Put>
+static Bytes buildSampled(const ImageSpec& sp, const F& value, Put put)
+{
+    return buildStripImage(sp, [&](uint32_t y0, uint32_t y1) {
+        Bytes out;
+        for (uint32_t y = y0; y < y1; ++y)
+            for (uint32_t x = 0; x < sp.width; ++x)
+                for (uint32_t s = 0; s < sp.samplesPerPixel; ++s)
+                    put(out, value(x, y, s), sp.bigEndian);
+        return out;
+    });
+}
+
+Bytes buildImage16(const ImageSpec& spec, const std::function<uint16_t(uint32_t, uint32_t, uint32_t)>& value)
+{
+    return buildSampled(spec, value, putU16);
+}
+
+Bytes buildImageF(const ImageSpec& spec, const std::function<float(uint32_t, uint32_t, uint32_t)>& value)
+{
+    return buildSampled(spec, value, putFloat);
+}
+
 } // namespace vktest
