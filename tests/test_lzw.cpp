@@ -68,6 +68,22 @@ TEST(Lzw, InitRejectsBadWidthAndMode)
     EXPECT_EQ(ff_lzw_decode_init(s.get(), 12, in, 4, lzwModeTiff), 0);
 }
 
+// The state's getCode reads one code of the mode's packing.
+TEST(Lzw, GetCodeReadsThroughState)
+{
+    for (int mode : {lzwModeTiff, lzwModeBlock}) {
+        Bytes in = pack({{256, 9}, {65, 9}, {300, 9}, {257, 9}}, mode);
+        auto s = std::make_unique<LZWState>();
+        ASSERT_EQ(ff_lzw_decode_init(s.get(), 8, in.data(), int(in.size()), mode), 0);
+        ASSERT_NE(s->getCode, nullptr);
+        EXPECT_EQ(s->getCode(s.get()), 256);
+        EXPECT_EQ(s->getCode(s.get()), 65);
+        EXPECT_EQ(s->getCode(s.get()), 300);
+        EXPECT_EQ(s->getCode(s.get()), 257);
+        EXPECT_EQ(s->endOfInput, 0) << mode;
+    }
+}
+
 // Hand-written code sequences and the bytes they decode to, in both modes.
 TEST(Lzw, CodeSequences)
 {

@@ -15,30 +15,64 @@ constexpr int chainRoom = lzwTableSize - 1;
 
 // The width grows once nextCode reaches growAt; TIFF writers change width one
 // code early, block streams exactly when the table is full.
-inline int growPoint(const LZWState* s)
+inline int growPoint(int mode, int tableLimit)
 {
-    return s->mode == lzwModeBlock ? s->tableLimit : s->tableLimit - 1;
+    return mode == lzwModeBlock ? tableLimit : tableLimit - 1;
 }
+
+// The TIFF-mode reader, its state held in locals for the length of a decode
+// call (output stores could otherwise alias the state and force reloads).
+// Bytes at or past readEnd read as 0 and leave readPos where it is: a stream
+// that runs off its input, or starts beyond it, never touches memory outside
+// the caller's range.
+struct TiffBits {
+    const unsigned char* pos;
+    const unsigned char* end;
+    uint32_t buffer;
+    int count;
+
+    explicit TiffBits(const LZWState* s) : pos(s->readPos), end(s->readEnd), buffer(s->bitBuffer), count(s->bitCount) {}
+    void store(LZWState* s) const
+    {
+        s->readPos = pos;
+        s->bitBuffer = buffer;
+        s->bitCount = count;
+    }
+    int get(LZWState* s, int width, int codeMask)
+    {
+        // A code needs at most two more bytes.
+        if (count < width && end - pos >= 2) {
+            buffer = buffer << 8 | *pos++;
+            count += 8;
+            if (count < width) {
+                buffer = buffer << 8 | *pos++;
+                count += 8;
+            }
+        }
+        while (count < width) {
+            unsigned int byte = 0;
+            if (pos < end)
+                byte = *pos++;
+            else
+                s->endOfInput = 1;
+            // Bits above the live ones fall off the left of the accumulator.
+            buffer = buffer << 8 | byte;
+            count += 8;
+        }
+        count -= width;
+        return int(buffer >> count) & codeMask;
+    }
+};
 
 } // namespace
 
-// Next code, most significant bit first. Bytes at or past readEnd read as 0
-// and leave readPos where it is: a stream that runs off its input, or starts
-// beyond it, never touches memory outside the caller's range.
+// Next code, most significant bit first.
 static int get_code_tiff(LZWState* s)
 {
-    while (s->bitCount < s->codeWidth) {
-        unsigned int byte = 0;
-        if (s->readPos < s->readEnd)
-            byte = *s->readPos++;
-        else
-            s->endOfInput = 1;
-        // Bits above the live ones fall off the left of the accumulator.
-        s->bitBuffer = s->bitBuffer << 8 | byte;
-        s->bitCount += 8;
-    }
-    s->bitCount -= s->codeWidth;
-    return int(s->bitBuffer >> s->bitCount) & s->codeMask;
+    TiffBits bits(s);
+    const int code = bits.get(s, s->codeWidth, s->codeMask);
+    bits.store(s);
+    return code;
 }
 
 // Next code, least significant bit first, out of sub-blocks that each start
@@ -99,30 +133,46 @@ int ff_lzw_decode_init(LZWState* s, int rootWidth, unsigned char* input, int siz
         s->getCode = nullptr;
         return -1;
     }
-    s->growAt = growPoint(s);
+    s->growAt = growPoint(mode, s->tableLimit);
     return 0;
 }
 
 namespace {
 
-inline void resetTable(LZWState* s)
-{
-    s->codeWidth = s->rootWidth + 1;
-    s->codeMask = mask[s->codeWidth];
-    s->nextCode = s->firstFreeCode;
-    s->tableLimit = 1 << s->codeWidth;
-    s->growAt = growPoint(s);
-}
+// Block mode is never on a hot path: it reads through the state.
+struct BlockBits {
+    explicit BlockBits(const LZWState*) {}
+    void store(LZWState*) const {}
+    int get(LZWState* s, int width, int codeMask)
+    {
+        s->codeWidth = width;
+        s->codeMask = codeMask;
+        return get_code_gif(s);
+    }
+};
 
-// The decode loop, with the code reader known at compile time so that it is
+// The decode loop, with the code reader chosen at compile time so that it is
 // inlined. `pending` is empty whenever a code is read.
-template <int (*readCode)(LZWState*)>
+template <class Bits>
 int decodeCodes(LZWState* s, unsigned char* out, const int len)
 {
     unsigned char* const base = s->pending;
+    unsigned char* const chainEnd = base + chainRoom;
+    unsigned char* const suffix = s->suffix;
+    unsigned short* const prefix = s->prefix;
+    const int clearCode = s->clearCode;
+    const int endCode = s->endCode;
+    const int firstFreeCode = s->firstFreeCode;
+    const int mode = s->mode;
+    Bits bits(s);
     unsigned char* sp = s->stackTop;
     int prevCode = s->prevCode;
     int firstChar = s->firstChar;
+    int nextCode = s->nextCode;
+    int codeWidth = s->codeWidth;
+    int codeMask = s->codeMask;
+    int tableLimit = s->tableLimit;
+    int growAt = s->growAt;
     int remaining = len;
 
     // Bytes of a string that did not fit into the previous call's output.
@@ -132,21 +182,25 @@ int decodeCodes(LZWState* s, unsigned char* out, const int len)
     }
 
     while (remaining > 0) {
-        int c = readCode(s);
-        if (c == s->endCode) {
+        int c = bits.get(s, codeWidth, codeMask);
+        if (c == endCode) {
             s->endCode = -1;
             break;
         }
-        if (c == s->clearCode) {
-            resetTable(s);
+        if (c == clearCode) {
+            codeWidth = s->rootWidth + 1;
+            codeMask = mask[codeWidth];
+            nextCode = firstFreeCode;
+            tableLimit = 1 << codeWidth;
+            growAt = growPoint(mode, tableLimit);
             do
-                c = readCode(s);
-            while (c == s->clearCode);
-            if (c == s->endCode) {
+                c = bits.get(s, codeWidth, codeMask);
+            while (c == clearCode);
+            if (c == endCode) {
                 s->endCode = -1;
                 break;
             }
-            if (c >= s->nextCode)
+            if (c >= nextCode)
                 c = 0;
             *out++ = (unsigned char)c;
             --remaining;
@@ -154,7 +208,6 @@ int decodeCodes(LZWState* s, unsigned char* out, const int len)
             continue;
         }
 
-        const int nextCode = s->nextCode;
         int code = c;
         if (c >= nextCode) {
             // The string being defined by this very code (or an invalid code,
@@ -164,26 +217,25 @@ int decodeCodes(LZWState* s, unsigned char* out, const int len)
         }
         // Slots above those written hold whatever the caller's memory held, so
         // a corrupt chain is cut when the stack is full and kept in the table.
-        unsigned char* const chainEnd = base + chainRoom;
-        while (code >= s->firstFreeCode && sp < chainEnd) {
-            *sp++ = s->suffix[code];
-            code = s->prefix[code] & (lzwTableSize - 1);
+        while (code >= firstFreeCode && sp < chainEnd) {
+            *sp++ = suffix[code];
+            code = prefix[code] & (lzwTableSize - 1);
         }
 
-        if (nextCode < s->tableLimit && nextCode < lzwTableSize) {
-            s->suffix[nextCode] = (unsigned char)code;
-            s->prefix[nextCode] = (unsigned short)prevCode;
-            s->nextCode = nextCode + 1;
+        if (nextCode < tableLimit && nextCode < lzwTableSize) {
+            suffix[nextCode] = (unsigned char)code;
+            prefix[nextCode] = (unsigned short)prevCode;
+            ++nextCode;
             prevCode = c;
             firstChar = code;
         }
         // A full table adds nothing and deliberately leaves prevCode and
         // firstChar naming the last string that was added.
-        if (s->nextCode >= s->growAt && s->codeWidth < lzwMaxBits) {
-            s->tableLimit <<= 1;
-            s->growAt = growPoint(s);
-            ++s->codeWidth;
-            s->codeMask = mask[s->codeWidth];
+        if (nextCode >= growAt && codeWidth < lzwMaxBits) {
+            tableLimit <<= 1;
+            growAt = growPoint(mode, tableLimit);
+            ++codeWidth;
+            codeMask = mask[codeWidth];
         }
 
         if (sp == base) {
@@ -201,9 +253,15 @@ int decodeCodes(LZWState* s, unsigned char* out, const int len)
             *out++ = *--sp;
     }
 
+    bits.store(s);
     s->stackTop = sp;
     s->prevCode = prevCode;
     s->firstChar = firstChar;
+    s->nextCode = nextCode;
+    s->codeWidth = codeWidth;
+    s->codeMask = codeMask;
+    s->tableLimit = tableLimit;
+    s->growAt = growAt;
     return len - remaining;
 }
 
@@ -214,8 +272,8 @@ int ff_lzw_decode(LZWState* s, unsigned char* out, int len)
     if (s->endCode < 0 || len <= 0)
         return 0;
     if (s->getCode == get_code_tiff)
-        return decodeCodes<get_code_tiff>(s, out, len);
+        return decodeCodes<TiffBits>(s, out, len);
     if (s->getCode == get_code_gif)
-        return decodeCodes<get_code_gif>(s, out, len);
+        return decodeCodes<BlockBits>(s, out, len);
     return 0;
 }
