@@ -127,15 +127,21 @@ TEST(Decode8Strips, IntegerPathsDecodeEveryPixel)
                         SCOPED_TRACE(c.name());
                         LoadedTiff t = loadOk(integerImage(c, W, H, RPS));
                         const bool alpha = spp >= 4;
-                        const Decoded8 d = runDecode8(t, alpha, W, H);
-                        ASSERT_EQ(d.status, 1u);
-                        for (uint32_t y = 0; y < H; ++y)
-                            for (uint32_t x = 0; x < W; ++x) {
-                                // PackBits writes channel bytes: without the flag alpha keeps the target's byte.
-                                const uint8_t a = alpha ? high(word(x, y, 3)) : compression == packBits ? clearedByte : 255;
-                                const Px want{high(word(x, y, 0)), high(word(x, y, 1)), high(word(x, y, 2)), a};
-                                ASSERT_EQ(d.at(x, y), want) << "at " << x << "," << y;
-                            }
+                        // Loaded up to the end of the last strip: reads at the very end
+                        // of the loaded data go through the bounds-checked reads.
+                        for (bool cut : {false, true}) {
+                            if (cut)
+                                t.file->setSizeLoaded(t.header->stripOffsets[2] + t.header->stripByteCounts[2]);
+                            const Decoded8 d = runDecode8(t, alpha, W, H);
+                            ASSERT_EQ(d.status, 1u);
+                            for (uint32_t y = 0; y < H; ++y)
+                                for (uint32_t x = 0; x < W; ++x) {
+                                    // PackBits writes channel bytes: without the flag alpha keeps the target's byte.
+                                    const uint8_t a = alpha ? high(word(x, y, 3)) : compression == packBits ? clearedByte : 255;
+                                    const Px want{high(word(x, y, 0)), high(word(x, y, 1)), high(word(x, y, 2)), a};
+                                    ASSERT_EQ(d.at(x, y), want) << "at " << x << "," << y << (cut ? " cut" : "");
+                                }
+                        }
                     }
 }
 

@@ -75,9 +75,15 @@ bool scratchCoversChunk(uint32_t bytes, uint32_t width, uint32_t rows, uint32_t 
 // `position` in the file into call.pixel; a refused read leaves its channel.
 void readFilePixel(Call& call, uint32_t position);
 
-// The same from decoded bytes: `at` points at the pixel's first byte plus
-// high-byte index.
-void readScratchPixel(Call& call, const unsigned char* at);
+// The same from bytes in memory (decoded, or loaded and known to be in
+// range): `at` points at the pixel's first byte plus high-byte index.
+void readBytePixel(Call& call, const unsigned char* at);
+
+// True when every byte that readFilePixel could read for pixels 0 ..
+// pixels - 1 of a chunk at `offset` (pixel stride bytesPerPixel) lies in the
+// loaded data, below 2 GiB: such a chunk is read straight from the buffer,
+// with exactly the bytes the positional reads would deliver.
+bool chunkFullyLoaded(const Call& call, uint32_t offset, uint64_t pixels);
 
 // One float sample as a channel byte: NaN and <= 0 give 0, >= 1 gives 255,
 // others v * 255 truncated.

@@ -1,6 +1,8 @@
 // decode8_samples.cpp - sample rules of the 8-bit decoders: layout, pixel fetch, float bytes, predictor, scratch sizes
 #include "tiff/decode8.h"
 
+#include <climits>
+
 #include "tiff/decode_common.h"
 
 namespace decode8 {
@@ -50,7 +52,17 @@ void readFilePixel(Call& call, uint32_t position)
     call.file.readUint8P(call.pixel.r, filePosition(position));
 }
 
-void readScratchPixel(Call& call, const unsigned char* at)
+bool chunkFullyLoaded(const Call& call, uint32_t offset, uint64_t pixels)
+{
+    if (pixels == 0 || pixels > uint64_t(INT_MAX) || call.file.buffer == nullptr)
+        return false;
+    const SampleLayout& L = call.layout;
+    const uint64_t last = offset + (pixels - 1) * L.bytesPerPixel + L.highByte + 3 * uint64_t(L.bytesPerSample);
+    const long long loaded = std::min(call.file.sizeLoaded, call.file.bufferSize);
+    return last <= uint64_t(INT_MAX) && (long long)last < loaded;
+}
+
+void readBytePixel(Call& call, const unsigned char* at)
 {
     const uint32_t step = call.layout.bytesPerSample;
     if (call.layout.alpha)

@@ -16,6 +16,15 @@ unsigned int uncompressedInteger(Call& call)
         if (!chunkInTable(s))
             return vkStatusCorruptData;
         const uint32_t offset = h.stripOffsets[s];
+        const uint32_t rows = firstRow < h.imageLength ? stripRows(h, firstRow) : 0;
+        if (chunkFullyLoaded(call, offset, uint64_t(rows) * h.imageWidth)) {
+            const unsigned char* strip = call.file.buffer + offset;
+            forStripPixels(h, firstRow, [&](uint32_t x, uint32_t r, uint32_t y) {
+                readBytePixel(call, strip + (x + r * h.imageWidth) * call.layout.bytesPerPixel + call.layout.highByte);
+                call.target.write(int(x), int(y), call.pixel);
+            });
+            continue;
+        }
         forStripPixels(h, firstRow, [&](uint32_t x, uint32_t r, uint32_t y) {
             readFilePixel(call, offset + (x + r * h.imageWidth) * call.layout.bytesPerPixel + call.layout.highByte);
             call.target.write(int(x), int(y), call.pixel);
@@ -79,7 +88,7 @@ unsigned int lzwIntegerStrips(Call& call, unsigned char* scratch, uint32_t bytes
         if (h.predictor == tiffPredictorHorizontal)
             undoPredictor(scratch, h.imageWidth, h.rowsPerStrip, h.samplesPerPixel, L.alpha, L.bytesPerSample);
         forStripPixels(h, firstRow, [&](uint32_t x, uint32_t r, uint32_t y) {
-            readScratchPixel(call, scratch + (x + r * h.imageWidth) * L.bytesPerPixel + L.highByte);
+            readBytePixel(call, scratch + (x + r * h.imageWidth) * L.bytesPerPixel + L.highByte);
             call.target.write(int(x), int(y), call.pixel);
         });
     }

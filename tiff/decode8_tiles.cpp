@@ -53,6 +53,14 @@ unsigned int uncompressedTiles(Call& call)
     const TiffHeader& h = call.header;
     return forEachTile(h, [&](const Tile& tile) {
         const uint32_t offset = h.stripOffsets[tile.number];
+        if (chunkFullyLoaded(call, offset, uint64_t(h.tileWidth) * h.tileLength)) {
+            const unsigned char* data = call.file.buffer + offset;
+            forTilePixels(h, tile, [&](uint32_t i, uint32_t j, int x, int y) {
+                readBytePixel(call, data + (j * h.tileWidth + i) * call.layout.bytesPerPixel + call.layout.highByte);
+                call.target.write(x, y, call.pixel);
+            });
+            return vkStatusOk;
+        }
         forTilePixels(h, tile, [&](uint32_t i, uint32_t j, int x, int y) {
             readFilePixel(call, offset + (j * h.tileWidth + i) * call.layout.bytesPerPixel + call.layout.highByte);
             call.target.write(x, y, call.pixel);
@@ -83,7 +91,7 @@ unsigned int lzwTiles(Call& call, unsigned char* scratch, uint32_t bytes)
         if (h.predictor == tiffPredictorHorizontal)
             undoPredictor(scratch, h.tileWidth, h.tileLength, h.samplesPerPixel, L.alpha, L.bytesPerSample);
         forTilePixels(h, tile, [&](uint32_t i, uint32_t j, int x, int y) {
-            readScratchPixel(call, scratch + (j * h.tileWidth + i) * L.bytesPerPixel + L.highByte);
+            readBytePixel(call, scratch + (j * h.tileWidth + i) * L.bytesPerPixel + L.highByte);
             call.target.write(x, y, call.pixel);
         });
         return vkStatusOk;
