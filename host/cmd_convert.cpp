@@ -1,5 +1,6 @@
 // cmd_convert.cpp - `vkhost convert`: options, then one file to -o OUT or many files to --out-dir DIR
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -9,6 +10,8 @@
 #include "convert_image.h"
 
 namespace {
+
+constexpr unsigned long long maxThreads = 1024; // far beyond any useful pool; catches typos like -j 20000
 
 struct ConvertArgs {
     std::vector<std::string> inputs;
@@ -49,7 +52,8 @@ std::string parse(const std::vector<std::string>& args, ConvertArgs& parsed) {
         } else if (arg == "--out-dir") {
             parsed.batch.outDir = value;
         } else if (arg == "-j") {
-            if (!parseCount(value, 1024, number)) return "-j needs a thread count from 1 to 1024";
+            if (!parseCount(value, maxThreads, number))
+                return "-j needs a thread count from 1 to " + std::to_string(maxThreads);
             parsed.batch.threads = static_cast<unsigned int>(number);
             parsed.threadsGiven = true;
         } else if (arg == "--depth") {
