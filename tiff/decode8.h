@@ -51,7 +51,8 @@ Call makeCall(vkP::_dataIMG_Decode8& record, const TiffHeader& header);
 inline bool isIntegerDepth(unsigned short bitsPerSample) { return bitsPerSample == 8 || bitsPerSample == 16; }
 
 // Strip and tile numbers index the fixed tables of TiffHeader; a number
-// beyond them (only a hand-made header can ask for one) is not decodable.
+// beyond them (a hand-made header, or a tile grid whose 32-bit tile count
+// wrapped) is not decodable.
 inline bool chunkInTable(uint64_t chunk) { return chunk < uint64_t(maxStrips); }
 
 // A position formed in wrapping 32-bit arithmetic, handed to the file buffer

@@ -23,12 +23,12 @@ unsigned int uncompressedInteger(Call& call)
                 readBytePixel(call, strip + (x + r * h.imageWidth) * call.layout.bytesPerPixel + call.layout.highByte);
                 call.target.write(int(x), int(y), call.pixel);
             });
-            continue;
+        } else {
+            forStripPixels(h, firstRow, [&](uint32_t x, uint32_t r, uint32_t y) {
+                readFilePixel(call, offset + (x + r * h.imageWidth) * call.layout.bytesPerPixel + call.layout.highByte);
+                call.target.write(int(x), int(y), call.pixel);
+            });
         }
-        forStripPixels(h, firstRow, [&](uint32_t x, uint32_t r, uint32_t y) {
-            readFilePixel(call, offset + (x + r * h.imageWidth) * call.layout.bytesPerPixel + call.layout.highByte);
-            call.target.write(int(x), int(y), call.pixel);
-        });
     }
     return vkStatusOk;
 }
@@ -38,7 +38,7 @@ unsigned int uncompressedFloat(Call& call)
 {
     const TiffHeader& h = call.header;
     const uint32_t step = call.layout.bytesPerSample;
-    const bool fromFile = false; // swap exactly when the file is big-endian
+    const bool hostOrder = false; // so that a read swaps exactly when the file is big-endian
     uint32_t firstRow = 0;
     for (uint32_t s = 0; s < h.stripCount; ++s, firstRow += h.rowsPerStrip) {
         if (!chunkInTable(s))
@@ -47,13 +47,13 @@ unsigned int uncompressedFloat(Call& call)
         forStripPixels(h, firstRow, [&](uint32_t x, uint32_t r, uint32_t y) {
             const uint32_t p = offset + (x + r * h.imageWidth) * call.layout.bytesPerPixel;
             float v = 0;
-            if (call.layout.alpha && call.file.readfloatP(v, filePosition(p + 3 * step), fromFile))
+            if (call.layout.alpha && call.file.readfloatP(v, filePosition(p + 3 * step), hostOrder))
                 call.pixel.fromFloatA(v);
-            if (call.file.readfloatP(v, filePosition(p + 2 * step), fromFile))
+            if (call.file.readfloatP(v, filePosition(p + 2 * step), hostOrder))
                 call.pixel.fromFloatB(v);
-            if (call.file.readfloatP(v, filePosition(p + step), fromFile))
+            if (call.file.readfloatP(v, filePosition(p + step), hostOrder))
                 call.pixel.fromFloatG(v);
-            if (call.file.readfloatP(v, filePosition(p), fromFile))
+            if (call.file.readfloatP(v, filePosition(p), hostOrder))
                 call.pixel.fromFloatR(v);
             call.target.write(int(x), int(y), call.pixel);
         });

@@ -59,12 +59,12 @@ unsigned int uncompressedTiles(Call& call)
                 readBytePixel(call, data + (j * h.tileWidth + i) * call.layout.bytesPerPixel + call.layout.highByte);
                 call.target.write(x, y, call.pixel);
             });
-            return vkStatusOk;
+        } else {
+            forTilePixels(h, tile, [&](uint32_t i, uint32_t j, int x, int y) {
+                readFilePixel(call, offset + (j * h.tileWidth + i) * call.layout.bytesPerPixel + call.layout.highByte);
+                call.target.write(x, y, call.pixel);
+            });
         }
-        forTilePixels(h, tile, [&](uint32_t i, uint32_t j, int x, int y) {
-            readFilePixel(call, offset + (j * h.tileWidth + i) * call.layout.bytesPerPixel + call.layout.highByte);
-            call.target.write(x, y, call.pixel);
-        });
         return vkStatusOk;
     });
 }
