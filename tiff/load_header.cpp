@@ -53,6 +53,11 @@ constexpr char errCompressionEnd[] = " !";
 constexpr char errChannels[] = " ERR: unsupported number of channels!";
 constexpr char errDepth[] = " ERR: unsupported Bits per Pixel!";
 
+inline bool supportedDepth(unsigned int bitsPerSample)
+{
+    return bitsPerSample == 8 || bitsPerSample == 16 || bitsPerSample == 32;
+}
+
 // Every read converts from the byte order set on the buffer.
 constexpr bool machineOrder = false;
 
@@ -322,7 +327,7 @@ unsigned int parse(vkP::_imgFileBuffer& fb, _imgHeaderInfo& info, TiffHeader& th
         info.hasAlpha = 1;
     }
 
-    if (th.bitsPerSample != 8 && th.bitsPerSample != 16 && th.bitsPerSample != 32) {
+    if (!supportedDepth(th.bitsPerSample)) {
         text.add(errDepth);
         return vkStatusUnsupported;
     }
@@ -330,8 +335,8 @@ unsigned int parse(vkP::_imgFileBuffer& fb, _imgHeaderInfo& info, TiffHeader& th
         text.add(textPredict);
 
     if (th.compression == tiffCompressionNone) {
-        // Computed in 32 bits and allowed to wrap, deliberately: a host relies
-        // on the same test result for oversized images.
+        // Computed in 32 bits and allowed to wrap, deliberately not widened:
+        // oversized images pass or fail this test as they always have.
         const uint32_t dataBytes = (th.imageWidth * th.imageLength * th.samplesPerPixel * th.bitsPerSample) >> 3;
         if (uint32_t(fb.fileSize) < dataBytes) {
             text.add(errFileSize);
