@@ -1,6 +1,8 @@
 // load_image.cpp - fills the file buffer from disk and runs imgLoadHeader, completing a partial load on status 16
 #include "load_image.h"
 
+#include <sys/stat.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -21,10 +23,16 @@ std::string systemError(const std::string& what, const std::string& path) {
 }
 
 bool fileSize(std::FILE* f, const std::string& path, long long& size, std::string& error) {
-    if (std::fseek(f, 0, SEEK_END) != 0 || (size = ftello(f)) < 0) {
+    struct stat about {};
+    if (fstat(fileno(f), &about) != 0) {
         error = systemError("measure", path);
         return false;
     }
+    if (!S_ISREG(about.st_mode)) {
+        error = path + " is not a regular file";
+        return false;
+    }
+    size = about.st_size;
     return true;
 }
 
