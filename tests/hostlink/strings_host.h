@@ -4,7 +4,6 @@
 #include <string>
 
 template <int N> class _vkString8_evenSize;
-template <int N> class _vkString8_UnevenSize;
 
 int vkCharLen(const unsigned short* s);
 
@@ -102,94 +101,90 @@ public:
     void addNr(const long long& value);
 };
 
+// The two 8-bit families declare the same members; only the layout before the length differs.
+#define HOST_STRING8_MEMBERS(S) \
+    S(); \
+    S(const char* s); \
+    S(const char* s, int count); \
+    S(const unsigned short* s); \
+    void fromChar(const char* s, const int& count); \
+    S& operator=(const S& other); \
+    S& operator=(const char* s); \
+    S& operator=(const char& c); \
+    S& operator=(const std::string& s); \
+    void clear(); \
+    void clearUnused(); \
+    int calcLength(); \
+    void setLength(const short& n); \
+    void add(const char* s); \
+    void add(const char* s, unsigned int count); \
+    void add(const S& other); \
+    S& operator+=(const char* s); \
+    S& operator+=(const S& other); \
+    S& operator+=(const char& c); \
+    S& operator+=(const unsigned short& c); \
+    S operator+(const S& other); \
+    S operator+(const char& c); \
+    S combined(const S& other); \
+    S combined(const char* s); \
+    bool operator==(const S& other); \
+    bool operator!=(const S& other); \
+    bool operator==(const char* s); \
+    bool operator<(const S& other); \
+    bool operator>(const S& other); \
+    int compare(const S& other); \
+    bool isEqual(const S& other); \
+    bool isEqual(const char* s, int len); \
+    bool isEqual(const unsigned short* s, int len); \
+    bool isEqualSameCase(const S& other); \
+    bool isEqualSameCase(const char* s, int len); \
+    bool isEqualUpperInput(const S& other); \
+    bool isEmpty(); \
+    bool hasData(); \
+    int indexOf(const unsigned short& ch, int start = 0); \
+    int indexOf(const char& ch, int start = 0); \
+    int lastIndexOf(const unsigned short& ch, int start = -1); \
+    int lastIndexOf(const char& ch, int start = -1); \
+    int indexOf(const S& sub, int start = 0); \
+    int indexOfCaseSen(const S& sub, int start = 0); \
+    bool contains(const S& sub); \
+    bool contains(const char* s); \
+    bool contains(const char& c); \
+    bool startsWith(const unsigned short& c); \
+    bool startsWith(const char& c); \
+    bool endsWith(const unsigned short& c); \
+    bool endsWith(const char& c); \
+    bool startsWith(S prefix); \
+    bool startsWith(const char* s); \
+    bool startsWith(const char* s, int len); \
+    bool startsWithCaseSen(const char* s); \
+    bool endsWith(const S& suffix); \
+    bool endsWith(const char* s); \
+    bool endsWith(const char* s, int len); \
+    S& remove(const int& pos, const int& count); \
+    S& insert(const int& pos, const S& other); \
+    S& remove(const S& sub); \
+    S& removeCaseSens(const S& sub); \
+    S& replace(const S& from, const S& to); \
+    S& replaceCaseSen(const S& from, const S& to); \
+    S& replace(const char& from, const char& to); \
+    S remove(const char& ch); \
+    S left(int n); \
+    S mid(const int& pos, const int& count); \
+    S& trim(); \
+    void makeLower(); \
+    void makeUpper(); \
+    void addNr(const int& value); \
+    void addNr(const int& value, const unsigned char& width); \
+    int toInt(bool* ok) const;
+
 template <int N>
 class _vkString8_evenSize {
 public:
     char text[N + 1];
     char pad;
     unsigned short length;
-
-    _vkString8_evenSize();
-    _vkString8_evenSize(const char* s);
-    _vkString8_evenSize(const char* s, int count);
-    _vkString8_evenSize(const unsigned short* s);
-    void fromChar(const char* s, const int& count);
-
-    _vkString8_evenSize& operator=(const _vkString8_evenSize& other);
-    _vkString8_evenSize& operator=(const char* s);
-    _vkString8_evenSize& operator=(const char& c);
-    _vkString8_evenSize& operator=(const std::string& s);
-
-    void clear();
-    void clearUnused();
-    int calcLength();
-    void setLength(const short& n);
-
-    void add(const char* s);
-    void add(const char* s, unsigned int count);
-    void add(const _vkString8_evenSize& other);
-    _vkString8_evenSize& operator+=(const char* s);
-    _vkString8_evenSize& operator+=(const _vkString8_evenSize& other);
-    _vkString8_evenSize& operator+=(const char& c);
-    _vkString8_evenSize& operator+=(const unsigned short& c);
-    _vkString8_evenSize operator+(const _vkString8_evenSize& other);
-    _vkString8_evenSize operator+(const char& c);
-    _vkString8_evenSize combined(const _vkString8_evenSize& other);
-    _vkString8_evenSize combined(const char* s);
-
-    bool operator==(const _vkString8_evenSize& other);
-    bool operator!=(const _vkString8_evenSize& other);
-    bool operator==(const char* s);
-    bool operator<(const _vkString8_evenSize& other);
-    bool operator>(const _vkString8_evenSize& other);
-    int compare(const _vkString8_evenSize& other);
-    bool isEqual(const _vkString8_evenSize& other);
-    bool isEqual(const char* s, int len);
-    bool isEqual(const unsigned short* s, int len);
-    bool isEqualSameCase(const _vkString8_evenSize& other);
-    bool isEqualSameCase(const char* s, int len);
-    bool isEqualUpperInput(const _vkString8_evenSize& other);
-    bool isEmpty();
-    bool hasData();
-
-    int indexOf(const unsigned short& ch, int start = 0);
-    int indexOf(const char& ch, int start = 0);
-    int lastIndexOf(const unsigned short& ch, int start = -1);
-    int lastIndexOf(const char& ch, int start = -1);
-    int indexOf(const _vkString8_evenSize& sub, int start = 0);
-    int indexOfCaseSen(const _vkString8_evenSize& sub, int start = 0);
-    bool contains(const _vkString8_evenSize& sub);
-    bool contains(const char* s);
-    bool contains(const char& c);
-    bool startsWith(const unsigned short& c);
-    bool startsWith(const char& c);
-    bool endsWith(const unsigned short& c);
-    bool endsWith(const char& c);
-    bool startsWith(_vkString8_evenSize prefix);
-    bool startsWith(const char* s);
-    bool startsWith(const char* s, int len);
-    bool startsWithCaseSen(const char* s);
-    bool endsWith(const _vkString8_evenSize& suffix);
-    bool endsWith(const char* s);
-    bool endsWith(const char* s, int len);
-
-    _vkString8_evenSize& remove(const int& pos, const int& count);
-    _vkString8_evenSize& insert(const int& pos, const _vkString8_evenSize& other);
-    _vkString8_evenSize& remove(const _vkString8_evenSize& sub);
-    _vkString8_evenSize& removeCaseSens(const _vkString8_evenSize& sub);
-    _vkString8_evenSize& replace(const _vkString8_evenSize& from, const _vkString8_evenSize& to);
-    _vkString8_evenSize& replaceCaseSen(const _vkString8_evenSize& from, const _vkString8_evenSize& to);
-    _vkString8_evenSize& replace(const char& from, const char& to);
-    _vkString8_evenSize remove(const char& ch);
-    _vkString8_evenSize left(int n);
-    _vkString8_evenSize mid(const int& pos, const int& count);
-    _vkString8_evenSize& trim();
-    void makeLower();
-    void makeUpper();
-
-    void addNr(const int& value);
-    void addNr(const int& value, const unsigned char& width);
-    int toInt(bool* ok) const;
+    HOST_STRING8_MEMBERS(_vkString8_evenSize)
 };
 
 template <int N>
@@ -197,88 +192,7 @@ class _vkString8_UnevenSize {
 public:
     char text[N + 1];
     unsigned short length;
-
-    _vkString8_UnevenSize();
-    _vkString8_UnevenSize(const char* s);
-    _vkString8_UnevenSize(const char* s, int count);
-    _vkString8_UnevenSize(const unsigned short* s);
-    void fromChar(const char* s, const int& count);
-
-    _vkString8_UnevenSize& operator=(const _vkString8_UnevenSize& other);
-    _vkString8_UnevenSize& operator=(const char* s);
-    _vkString8_UnevenSize& operator=(const char& c);
-    _vkString8_UnevenSize& operator=(const std::string& s);
-
-    void clear();
-    void clearUnused();
-    int calcLength();
-    void setLength(const short& n);
-
-    void add(const char* s);
-    void add(const char* s, unsigned int count);
-    void add(const _vkString8_UnevenSize& other);
-    _vkString8_UnevenSize& operator+=(const char* s);
-    _vkString8_UnevenSize& operator+=(const _vkString8_UnevenSize& other);
-    _vkString8_UnevenSize& operator+=(const char& c);
-    _vkString8_UnevenSize& operator+=(const unsigned short& c);
-    _vkString8_UnevenSize operator+(const _vkString8_UnevenSize& other);
-    _vkString8_UnevenSize operator+(const char& c);
-    _vkString8_UnevenSize combined(const _vkString8_UnevenSize& other);
-    _vkString8_UnevenSize combined(const char* s);
-
-    bool operator==(const _vkString8_UnevenSize& other);
-    bool operator!=(const _vkString8_UnevenSize& other);
-    bool operator==(const char* s);
-    bool operator<(const _vkString8_UnevenSize& other);
-    bool operator>(const _vkString8_UnevenSize& other);
-    int compare(const _vkString8_UnevenSize& other);
-    bool isEqual(const _vkString8_UnevenSize& other);
-    bool isEqual(const char* s, int len);
-    bool isEqual(const unsigned short* s, int len);
-    bool isEqualSameCase(const _vkString8_UnevenSize& other);
-    bool isEqualSameCase(const char* s, int len);
-    bool isEqualUpperInput(const _vkString8_UnevenSize& other);
-    bool isEmpty();
-    bool hasData();
-
-    int indexOf(const unsigned short& ch, int start = 0);
-    int indexOf(const char& ch, int start = 0);
-    int lastIndexOf(const unsigned short& ch, int start = -1);
-    int lastIndexOf(const char& ch, int start = -1);
-    int indexOf(const _vkString8_UnevenSize& sub, int start = 0);
-    int indexOfCaseSen(const _vkString8_UnevenSize& sub, int start = 0);
-    bool contains(const _vkString8_UnevenSize& sub);
-    bool contains(const char* s);
-    bool contains(const char& c);
-    bool startsWith(const unsigned short& c);
-    bool startsWith(const char& c);
-    bool endsWith(const unsigned short& c);
-    bool endsWith(const char& c);
-    bool startsWith(_vkString8_UnevenSize prefix);
-    bool startsWith(const char* s);
-    bool startsWith(const char* s, int len);
-    bool startsWithCaseSen(const char* s);
-    bool endsWith(const _vkString8_UnevenSize& suffix);
-    bool endsWith(const char* s);
-    bool endsWith(const char* s, int len);
-
-    _vkString8_UnevenSize& remove(const int& pos, const int& count);
-    _vkString8_UnevenSize& insert(const int& pos, const _vkString8_UnevenSize& other);
-    _vkString8_UnevenSize& remove(const _vkString8_UnevenSize& sub);
-    _vkString8_UnevenSize& removeCaseSens(const _vkString8_UnevenSize& sub);
-    _vkString8_UnevenSize& replace(const _vkString8_UnevenSize& from, const _vkString8_UnevenSize& to);
-    _vkString8_UnevenSize& replaceCaseSen(const _vkString8_UnevenSize& from, const _vkString8_UnevenSize& to);
-    _vkString8_UnevenSize& replace(const char& from, const char& to);
-    _vkString8_UnevenSize remove(const char& ch);
-    _vkString8_UnevenSize left(int n);
-    _vkString8_UnevenSize mid(const int& pos, const int& count);
-    _vkString8_UnevenSize& trim();
-    void makeLower();
-    void makeUpper();
-
-    void addNr(const int& value);
-    void addNr(const int& value, const unsigned char& width);
-    int toInt(bool* ok) const;
+    HOST_STRING8_MEMBERS(_vkString8_UnevenSize)
 };
 
 bool vkIsDigit(const unsigned short& c);
