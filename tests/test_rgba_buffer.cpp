@@ -1,8 +1,9 @@
-// test_rgba_buffer.cpp - RGBA buffers: construction, bounds of every access form, mixing, multi-pixel copies, copyTo, letterbox views
+// test_rgba_buffer.cpp - RGBA buffers of every depth: construction, bounds of every access form, mixing, multi-pixel copies, copyTo, letterbox views
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
-#include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -10,559 +11,375 @@
 
 #include "shared/image/rgba_buffer.h"
 
-using vkP::_imgRGBABuffer16;
-using vkP::_imgRGBABuffer8;
-using vkP::_imgRGBABuffer_all;
-using vkP::_imgRGBABufferf;
-using vkP::_Rgba16;
-using vkP::_Rgba8;
-using vkP::_Rgbaf;
+using namespace vkP;
 
 namespace {
+
+using Bytes = std::vector<uint8_t>;
+using Shape = std::vector<uint32_t>; // capacity, width, height, pixel count
 
 constexpr uint32_t grey8 = 0xFFCCCCCCu;
 constexpr unsigned long long grey16 = 0xFFFFCCCCCCCCCCCCull;
 
-// Every pixel i of an 8-bit buffer gets (i, i + 1, i + 2, i + 3) mod 256.
-void fillCounting(_imgRGBABuffer8& b) {
-    for (uint32_t i = 0; i < b.capacity; ++i) {
-        b.write(static_cast<int>(i), _Rgba8{static_cast<unsigned char>(i), static_cast<unsigned char>(i + 1),
-                                            static_cast<unsigned char>(i + 2), static_cast<unsigned char>(i + 3)});
-    }
+Shape shape(const _imgRGBABuffer_all& b) { return {b.capacity, b.width, b.height, b.pixelCount}; }
+
+template <class T>
+Bytes bytesOf(const T& v) {
+    const uint8_t* p = reinterpret_cast<const uint8_t*>(&v);
+    return Bytes(p, p + sizeof v);
 }
 
-std::vector<uint32_t> pixelsOf(const _imgRGBABuffer8& b) {
-    std::vector<uint32_t> out;
-    for (uint32_t i = 0; i < b.capacity; ++i) {
-        out.push_back(b.read(i));
-    }
-    return out;
+// The whole pixel array.
+Bytes bytes(const _imgRGBABuffer_all& b) { return Bytes(b.pixels, b.pixels + b.capacity * uint32_t(b.bytesPerPixel)); }
+
+// Pixel `i` of a byte image of pixels of `size` bytes.
+Bytes pixelAt(const Bytes& image, int i, size_t size) { return Bytes(&image[i * size], &image[(i + 1) * size]); }
+
+void put(Bytes& image, size_t offset, const Bytes& value) { std::copy(value.begin(), value.end(), image.begin() + long(offset)); }
+
+// Every pixel different, every float finite.
+void fillDistinct(_imgRGBABuffer_all& b) {
+    for (uint32_t k = 0; k < b.capacity * uint32_t(b.bytesPerPixel); ++k) b.pixels[k] = k % 4 == 3 ? 0x40 : uint8_t(k + 1);
 }
 
-void expectFreshDescription(const _imgRGBABuffer_all& b) {
-    EXPECT_EQ(b.alpha, 0);
-    EXPECT_EQ(b.headerInfo.reserved[0], 528);
-    EXPECT_EQ(b.headerInfo.width, 0u);
-    EXPECT_EQ(b.headerInfo.height, 0u);
-    EXPECT_EQ(b.headerInfo.hasAlpha, 0);
-    EXPECT_EQ(b.headerInfo.bitsPerChannel, 8);
-    EXPECT_EQ(b.headerInfo.isUncompressed, 0);
-    EXPECT_EQ(b.headerInfo.infoText.length, 0);
-    EXPECT_EQ(b.headerInfo.infoText.text[0], 0);
-    EXPECT_EQ(b.headerTag, -1);
-    EXPECT_EQ(b.status, 0);
+// The description up to the text's length; its reserved word and the padding are not copied.
+Bytes description(const _imgRGBABuffer_all& b) {
+    const uint8_t* p = reinterpret_cast<const uint8_t*>(&b.headerInfo);
+    return Bytes(p, p + offsetof(_imgHeaderInfo, infoText) + offsetof(_vkString<250>, reserved));
 }
 
-struct Shape {
-    uint32_t capacity, width, height, pixelCount;
+bool freshDescription(const _imgRGBABuffer_all& b) {
+    const _imgHeaderInfo& h = b.headerInfo;
+    return b.alpha == 0 && h.reserved[0] == 528 && h.width == 0 && h.height == 0 && h.hasAlpha == 0 &&
+           h.bitsPerChannel == 8 && h.isUncompressed == 0 && h.infoText.length == 0 && h.infoText.text[0] == 0 &&
+           b.headerTag == -1 && b.status == 0;
+}
+
+// What differs between the depths: the pixel record, the channel type and the read forms.
+template <class B>
+struct Depth;
+template <>
+struct Depth<_imgRGBABuffer8> {
+    using P = _Rgba8;
+    using C = unsigned char;
+    static Bytes value(const _imgRGBABuffer8& b, int x, int y) { return bytesOf(b.read(x, y)); }
+    static Bytes value(const _imgRGBABuffer8& b, unsigned i) { return bytesOf(b.read(i)); }
+    static Bytes byRef(const _imgRGBABuffer8& b, int x, int y) { P p{}; b.read(p, x, y); return bytesOf(p); }
+    static Bytes byRef(const _imgRGBABuffer8& b, unsigned i) { P p{}; b.read(p, i); return bytesOf(p); }
+    static void raw(_imgRGBABuffer8& b, unsigned i, unsigned v) { b.writeByte(i, C(v)); }
+    static Bytes outOfRange() { return bytesOf(grey8); }
 };
-
-void expectShape(const _imgRGBABuffer_all& b, Shape s) {
-    EXPECT_EQ(b.capacity, s.capacity);
-    EXPECT_EQ(b.width, s.width);
-    EXPECT_EQ(b.height, s.height);
-    EXPECT_EQ(b.pixelCount, s.pixelCount);
-}
-
-} // namespace
-
-TEST(RgbaBuffer, FreshBuffers) {
-    {
-        _imgRGBABuffer8 b(0u);
-        expectFreshDescription(b);
-        expectShape(b, {1, 1, 1, 1});
-        EXPECT_EQ(b.bytesPerPixel, 4);
-        ASSERT_NE(b.block, nullptr);
-        EXPECT_EQ(b.pixels, b.block + 4);
-    }
-    {
-        _imgRGBABuffer8 b(3u, 2u);
-        expectFreshDescription(b);
-        expectShape(b, {6, 3, 2, 6});
-    }
-    {
-        _imgRGBABuffer8 b(0u, 7u); // no pixels, but still a block with its spare pixels
-        expectShape(b, {0, 0, 7, 0});
-        EXPECT_NE(b.pixels, nullptr);
-        EXPECT_EQ(b.read(0u), grey8);
-    }
-    {
-        _imgRGBABuffer16 b(10);
-        expectFreshDescription(b);
-        expectShape(b, {10, 1, 1, 1});
-        EXPECT_EQ(b.bytesPerPixel, 8);
-        for (unsigned i = 0; i < 10; ++i) {
-            EXPECT_EQ(b.read(i), grey16) << i;
-        }
-        EXPECT_EQ(b.read(10u), grey16);
-    }
-    {
-        _imgRGBABufferf b(5);
-        expectFreshDescription(b);
-        expectShape(b, {5, 1, 1, 1});
-        EXPECT_EQ(b.bytesPerPixel, 16);
-    }
-}
-
-TEST(RgbaBuffer, ClearFillsWithByte0x60AndResetsStatus) {
-    _imgRGBABuffer8 b8(2u, 2u);
-    _imgRGBABuffer16 b16(3);
-    _imgRGBABufferf bf(3);
-    b8.status = 9;
-    b16.status = 9;
-    bf.status = 9;
-    b8.clear();
-    b16.clear();
-    bf.clear();
-    EXPECT_EQ(pixelsOf(b8), std::vector<uint32_t>(4, 0x60606060u));
-    float f;
-    const uint32_t pattern = 0x60606060u;
-    std::memcpy(&f, &pattern, 4);
-    for (unsigned i = 0; i < 3; ++i) {
-        EXPECT_EQ(b16.read(i), 0x6060606060606060ull);
-        _Rgbaf p = bf.read(i);
-        EXPECT_EQ(std::memcmp(&p.r, &f, 4), 0);
-        EXPECT_EQ(std::memcmp(&p.a, &f, 4), 0);
-    }
-    EXPECT_EQ(b8.status, 0);
-    EXPECT_EQ(b16.status, 0);
-    EXPECT_EQ(bf.status, 0);
-}
-
-namespace {
-
-struct IndexWriteCase {
-    int index;
-    bool stored; // in pixel array
+template <>
+struct Depth<_imgRGBABuffer16> {
+    using P = _Rgba16;
+    using C = unsigned short;
+    static Bytes value(_imgRGBABuffer16& b, int x, int y) { return bytesOf(b.read(x, y)); }
+    static Bytes value(_imgRGBABuffer16& b, unsigned i) { return bytesOf(b.read(i)); }
+    static Bytes byRef(_imgRGBABuffer16& b, int x, int y) { P* p = nullptr; b.read(p, x, y); return bytesOf(*p); }
+    static Bytes byRef(_imgRGBABuffer16& b, unsigned i) { P* p = nullptr; b.read(p, i); return bytesOf(*p); }
+    static void raw(_imgRGBABuffer16& b, unsigned i, unsigned v) { b.writeShort(i, C(v)); }
+    static Bytes outOfRange() { return bytesOf(grey16); }
+};
+template <>
+struct Depth<_imgRGBABufferf> {
+    using P = _Rgbaf;
+    using C = float;
+    static Bytes value(_imgRGBABufferf& b, int x, int y) { return bytesOf(b.read(x, y)); }
+    static Bytes value(_imgRGBABufferf& b, unsigned i) { return bytesOf(b.read(i)); }
+    static Bytes byRef(_imgRGBABufferf& b, int x, int y) { P* p = nullptr; b.read(p, x, y); return bytesOf(*p); }
+    static Bytes byRef(_imgRGBABufferf& b, unsigned i) { P* p = nullptr; b.read(p, i); return bytesOf(*p); }
+    static void raw(_imgRGBABufferf& b, unsigned i, unsigned v) { b.writeFloat(i, C(v)); }
+    static Bytes outOfRange() { return Bytes(16, 0); }
 };
 
 } // namespace
 
-TEST(RgbaBuffer, IndexFormWritesAreBoundedByCapacity) {
-    // 3 x 2 picture in a capacity of 8: the index form checks capacity only.
-    const IndexWriteCase cases[] = {{0, true}, {7, true}, {5, true}, {8, false}, {INT_MAX, false},
-                                    {-2, false}, {INT_MIN, false}};
-    for (const IndexWriteCase& c : cases) {
-        SCOPED_TRACE(c.index);
-        _imgRGBABuffer8 b8(8u);
-        b8.setHeight(2);
-        b8.setWidth(3);
-        b8.clear();
-        b8.write(c.index, _Rgba8{1, 2, 3, 4});
-        b8.write(c.index, 1, 2, 3, 4);
-        std::vector<uint32_t> want(8, 0x60606060u);
-        if (c.stored) {
-            want[c.index] = 0x04030201u;
-        }
-        EXPECT_EQ(pixelsOf(b8), want);
+template <class B>
+class RgbaBufferDepths : public ::testing::Test {};
+using BufferTypes = ::testing::Types<_imgRGBABuffer8, _imgRGBABuffer16, _imgRGBABufferf>;
+TYPED_TEST_SUITE(RgbaBufferDepths, BufferTypes);
 
-        _imgRGBABuffer16 b16(8);
-        b16.write(c.index, _Rgba16{1, 2, 3, 4});
-        b16.write(c.index, 1, 2, 3, 4);
-        _imgRGBABufferf bf(8);
-        bf.clear();
-        bf.write(c.index, _Rgbaf{1, 2, 3, 4});
-        bf.write(c.index, 1.0f, 2.0f, 3.0f, 4.0f);
-        for (int i = 0; i < 8; ++i) {
-            const bool here = c.stored && i == c.index;
-            EXPECT_EQ(b16.read(static_cast<unsigned>(i)), here ? 0x0004000300020001ull : grey16);
-            EXPECT_EQ(bf.read(static_cast<unsigned>(i)).g == 2.0f, here);
-        }
-    }
-}
-
-TEST(RgbaBuffer, IndexMinusOneReachesOnlyTheEightBitSparePixel) {
-    _imgRGBABuffer8 b(4u);
+TYPED_TEST(RgbaBufferDepths, FreshAndCleared) {
+    TypeParam b(5u);
+    EXPECT_TRUE(freshDescription(b));
+    EXPECT_EQ(shape(b), (Shape{5, 1, 1, 1}));
+    EXPECT_EQ(size_t(b.bytesPerPixel), sizeof(typename Depth<TypeParam>::P));
+    b.status = 9;
     b.clear();
-    b.write(-1, 9, 8, 7, 6);
-    EXPECT_EQ(pixelsOf(b), std::vector<uint32_t>(4, 0x60606060u));
-    EXPECT_EQ(b.block[0], 9);
-    EXPECT_EQ(b.block[3], 6);
-
-    _imgRGBABuffer16 b16(2);
-    b16.write(-1, 1, 1, 1, 1);
-    EXPECT_EQ(b16.read(0u), grey16);
-    _imgRGBABufferf bf(2);
-    bf.clear();
-    bf.write(-1, _Rgbaf{1, 1, 1, 1});
-    EXPECT_NE(bf.read(0u).r, 1.0f);
+    EXPECT_EQ(bytes(b), Bytes(5 * sizeof(typename Depth<TypeParam>::P), 0x60));
+    EXPECT_EQ(b.status, 0);
+    TypeParam zero(0u); // capacity 1, and storage for it
+    EXPECT_EQ(shape(zero), (Shape{1, 1, 1, 1}));
+    zero.clear();
+    zero.write(0, 0, typename Depth<TypeParam>::P{1, 2, 3, 4});
+    EXPECT_EQ(Depth<TypeParam>::value(zero, 0u), bytesOf(typename Depth<TypeParam>::P{1, 2, 3, 4}));
 }
 
-namespace {
+// The index form checks the capacity only (3 x 2 picture in a capacity of 8).
+TYPED_TEST(RgbaBufferDepths, IndexFormsCheckCapacity) {
+    using D = Depth<TypeParam>;
+    using C = typename D::C;
+    const typename D::P first{1, 2, 3, 4}, second{5, 6, 7, 8};
+    for (int i : {0, 7, 8, INT_MAX, -1, -2, INT_MIN}) {
+        SCOPED_TRACE(i);
+        TypeParam b(8u);
+        b.setHeight(2);
+        b.setWidth(3);
+        b.clear();
+        Bytes want = bytes(b);
+        b.write(i, first);
+        if (i >= 0 && i < 8) put(want, size_t(i) * sizeof first, bytesOf(first));
+        EXPECT_EQ(bytes(b), want);
+        b.write(i, C(5), C(6), C(7), C(8));
+        if (i >= 0 && i < 8) put(want, size_t(i) * sizeof first, bytesOf(second));
+        EXPECT_EQ(bytes(b), want);
+    }
+    TypeParam b(4u);
+    fillDistinct(b);
+    const Bytes image = bytes(b);
+    EXPECT_EQ(D::value(b, 2u), pixelAt(image, 2, sizeof first));
+    EXPECT_EQ(D::byRef(b, 3u), pixelAt(image, 3, sizeof first));
+    for (unsigned i : {4u, UINT_MAX}) {
+        EXPECT_EQ(D::value(b, i), D::outOfRange()) << i;
+        EXPECT_EQ(D::byRef(b, i), pixelAt(image, 0, sizeof first)) << i; // pixel 0 instead
+    }
+}
 
-struct XyCase {
-    int x, y;
-    int writeIndex; // -1: a write is dropped
-    int readIndex;  // -1: a read gives the default
-};
-
-} // namespace
-
-TEST(RgbaBuffer, XyFormsCheckWidthHeightAndCapacity) {
-    // 3 x 3 picture in a capacity of 8: (2, 2) is inside the picture but not the storage.
-    const XyCase cases[] = {
-        {0, 0, 0, 0},     {2, 1, 5, 5},    {1, 2, 7, 7},     {2, 2, -1, -1}, {3, 0, -1, -1},
-        {0, 3, -1, -1},   {-1, 1, -1, 2},  {-3, 2, -1, 3},   {-1, 0, -1, -1}, {1, -1, -1, -1},
-        {INT_MIN, 1, -1, -1}, {INT_MAX, INT_MAX, -1, -1},
+// A 3 x 3 picture in a capacity of 8: (2, 2) is inside the picture but not the storage.
+// Reads reject x >= width and y >= height but let negative values through.
+TYPED_TEST(RgbaBufferDepths, XyFormsCheckWidthHeightAndCapacity) {
+    using D = Depth<TypeParam>;
+    using C = typename D::C;
+    using P = typename D::P;
+    struct Case {
+        int x, y, writeIndex, readIndex; // -1: dropped / default
+    } cases[] = {
+        {2, 1, 5, 5},   {1, 2, 7, 7},    {2, 2, -1, -1}, {3, 0, -1, -1},       {0, 3, -1, -1},
+        {-1, 1, -1, 2}, {-1, 0, -1, -1}, {1, -1, -1, -1}, {INT_MIN, 1, -1, -1},
     };
-    for (const XyCase& c : cases) {
+    for (const Case& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.x << "," << c.y);
-        _imgRGBABuffer8 b(8u);
+        TypeParam b(8u);
         b.setWidth(3);
         b.setHeight(3);
-        ASSERT_EQ(b.width, 3u);
-        ASSERT_EQ(b.height, 2u); // capped by capacity
-        b.height = 3;            // a picture larger than its storage, as a host may set it
-        fillCounting(b);
-        const std::vector<uint32_t> before = pixelsOf(b);
-
-        std::vector<uint32_t> want = before;
-        if (c.writeIndex >= 0) {
-            want[c.writeIndex] = 0xAA000000u | (want[c.writeIndex] & 0x00FFFFFFu);
-        }
-        b.write(c.x, c.y, 0xAA, vkP::vkAlpha);
-        EXPECT_EQ(pixelsOf(b), want);
-        b.write(c.x, c.y, static_cast<unsigned char>(0x11), vkP::_vkChannel(4));
-        EXPECT_EQ(pixelsOf(b), want);
-        if (c.writeIndex >= 0) {
-            want[c.writeIndex] = 0x44332211u;
-        }
-        b.write(c.x, c.y, 0x11, 0x22, 0x33, 0x44);
-        EXPECT_EQ(pixelsOf(b), want);
-        b.write(c.x, c.y, _Rgba8{0x11, 0x22, 0x33, 0x44});
-        EXPECT_EQ(pixelsOf(b), want);
-
-        const uint32_t expected = c.readIndex >= 0 ? want[c.readIndex] : grey8;
-        EXPECT_EQ(b.read(c.x, c.y), expected);
-        _Rgba8 out{};
-        b.read(out, c.x, c.y);
-        uint32_t got;
-        std::memcpy(&got, &out, 4);
-        EXPECT_EQ(got, c.readIndex >= 0 ? want[c.readIndex] : want[0]);
-
-        _imgRGBABuffer16 b16(8);
-        b16.setWidth(3);
-        b16.height = 3;
-        b16.write(c.x, c.y, 7, 7, 7, 7);
-        b16.write(c.x, c.y, static_cast<unsigned short>(1), vkP::vkRed);
-        _Rgba16* p16 = nullptr;
-        b16.read(p16, c.x, c.y);
-        EXPECT_EQ(p16, reinterpret_cast<_Rgba16*>(b16.pixels) + (c.readIndex >= 0 ? c.readIndex : 0));
-        EXPECT_EQ(b16.read(c.x, c.y), c.readIndex == c.writeIndex && c.writeIndex >= 0 ? 0x0007000700070001ull
-                                                                                        : grey16);
-
-        _imgRGBABufferf bf(8);
-        bf.setWidth(3);
-        bf.height = 3;
-        bf.clear();
-        bf.write(c.x, c.y, _Rgbaf{5, 6, 7, 8});
-        bf.write(c.x, c.y, 0.5f, vkP::vkBlue);
-        _Rgbaf* pf = nullptr;
-        bf.read(pf, c.x, c.y);
-        EXPECT_EQ(pf, reinterpret_cast<_Rgbaf*>(bf.pixels) + (c.readIndex >= 0 ? c.readIndex : 0));
-        const bool written = c.readIndex == c.writeIndex && c.writeIndex >= 0;
-        EXPECT_EQ(bf.read(c.x, c.y).b, written ? 0.5f : (c.readIndex >= 0 ? pf->b : 0.0f));
+        ASSERT_EQ(shape(b), (Shape{8, 3, 2, 6})); // height capped by capacity
+        b.height = 3;                             // a picture larger than its storage, as a host may set it
+        fillDistinct(b);
+        Bytes want = bytes(b);
+        const size_t at = size_t(c.writeIndex) * sizeof(P);
+        b.write(c.x, c.y, C(9), _vkChannel(4)); // no such channel
+        b.write(c.x, c.y, C(9), vkAlpha);
+        if (c.writeIndex >= 0) put(want, at + 3 * sizeof(C), bytesOf(C(9)));
+        EXPECT_EQ(bytes(b), want);
+        b.write(c.x, c.y, C(1), C(2), C(3), C(4));
+        if (c.writeIndex >= 0) put(want, at, bytesOf(P{1, 2, 3, 4}));
+        EXPECT_EQ(bytes(b), want);
+        b.write(c.x, c.y, P{5, 6, 7, 8});
+        if (c.writeIndex >= 0) put(want, at, bytesOf(P{5, 6, 7, 8}));
+        EXPECT_EQ(bytes(b), want);
+        EXPECT_EQ(D::value(b, c.x, c.y), c.readIndex >= 0 ? pixelAt(want, c.readIndex, sizeof(P)) : D::outOfRange());
+        EXPECT_EQ(D::byRef(b, c.x, c.y), pixelAt(want, c.readIndex >= 0 ? c.readIndex : 0, sizeof(P)));
     }
 }
 
-TEST(RgbaBuffer, ValueAndReferenceReadsByIndex) {
-    _imgRGBABuffer8 b(4u);
-    fillCounting(b);
-    EXPECT_EQ(b.read(2u), 0x05040302u);
-    EXPECT_EQ(b.read(4u), grey8);
-    EXPECT_EQ(b.read(UINT_MAX), grey8);
-    _Rgba8 out{};
-    b.read(out, 3u);
-    EXPECT_EQ(out.r, 3);
-    b.read(out, 4u); // out of range: pixel 0
-    EXPECT_EQ(out.a, 3);
-    EXPECT_EQ(out.r, 0);
-
-    _imgRGBABuffer16 b16(2);
-    b16.write(1, _Rgba16{1, 2, 3, 4});
-    _Rgba16* p16 = nullptr;
-    b16.read(p16, 1u);
-    EXPECT_EQ(p16->b, 3);
-    b16.read(p16, 2u);
-    EXPECT_EQ(p16, reinterpret_cast<_Rgba16*>(b16.pixels));
-
-    _imgRGBABufferf bf(2);
-    bf.write(1, _Rgbaf{1, 2, 3, 4});
-    _Rgbaf* pf = nullptr;
-    bf.read(pf, 1u);
-    EXPECT_EQ(pf->a, 4.0f);
-    bf.read(pf, 9u);
-    EXPECT_EQ(pf, reinterpret_cast<_Rgbaf*>(bf.pixels));
-    const _Rgbaf zero = bf.read(2u);
-    EXPECT_EQ(zero.r + zero.g + zero.b + zero.a, 0.0f);
+// The raw bound (bytes per pixel x capacity) admits 2x (16-bit) and 4x (float)
+// the channels stored; channels beyond the pixels are dropped.
+TYPED_TEST(RgbaBufferDepths, RawChannelWritesStayInsideStorage) {
+    using D = Depth<TypeParam>;
+    TypeParam b(2u);
+    b.clear();
+    Bytes want = bytes(b);
+    for (unsigned i = 0; i <= 2u * unsigned(b.bytesPerPixel); ++i) {
+        D::raw(b, i, i + 1);
+        if (i < 8) put(want, i * sizeof(typename D::C), bytesOf(typename D::C(i + 1)));
+    }
+    D::raw(b, UINT_MAX, 1);
+    EXPECT_EQ(bytes(b), want);
 }
 
-TEST(RgbaBuffer, RawChannelWritesStayInsideStorage) {
-    _imgRGBABuffer8 b8(2u);
-    b8.clear();
-    b8.pixels[8] = 0;
-    b8.writeByte(5, 0x11); // channel 1 of pixel 1
-    b8.writeByte(7, 0x22);
-    b8.writeByte(8, 0x33); // first byte past the pixels
-    EXPECT_EQ(pixelsOf(b8), (std::vector<uint32_t>{0x60606060u, 0x22601160u}));
-    EXPECT_EQ(b8.pixels[8], 0);
-
-    // Their stated bound (bytes per pixel * capacity) admits 2x and 4x the
-    // channels stored; the writes beyond the four channels per pixel are dropped.
-    _imgRGBABuffer16 b16(2);
-    for (unsigned i = 0; i < 16; ++i) {
-        b16.writeShort(i, static_cast<unsigned short>(i + 1));
-    }
-    EXPECT_EQ(b16.read(0u), 0x0004000300020001ull);
-    EXPECT_EQ(b16.read(1u), 0x0008000700060005ull);
-
-    _imgRGBABufferf bf(2);
-    for (unsigned i = 0; i < 32; ++i) {
-        bf.writeFloat(i, static_cast<float>(i));
-    }
-    bf.writeFloat(UINT_MAX, 1.0f);
-    EXPECT_EQ(bf.read(1u).a, 7.0f);
-}
-
-TEST(RgbaBuffer, WriteMixBlendsColourAndKeepsAlpha) {
-    struct MixCase {
-        float f;
-        _Rgba8 old, src, expected;
+// From index i, n is cut to capacity - i - 1 once i + n reaches the capacity:
+// the last pixel that would fit is lost.
+TYPED_TEST(RgbaBufferDepths, WriteMultiDropsTheLastPixelThatWouldFit) {
+    const size_t size = sizeof(typename Depth<TypeParam>::P);
+    struct Case {
+        int index, count, firstWritten, written;
+    } cases[] = {
+        {0, 6, 0, 5},       {0, 5, 0, 5},      {5, 1, 0, 0},    {4, 1, 4, 1},      {6, 1, 0, 0},
+        {2, 0, 0, 0},       {2, -5, 0, 0},     {0, INT_MAX, 0, 5}, {3, INT_MAX, 3, 2}, {INT_MAX, 1, 0, 0},
+        {-2, 3, 0, 0},      {INT_MIN, INT_MAX, 0, 0},
     };
-    const float nanValue = std::numeric_limits<float>::quiet_NaN();
-    const MixCase cases[] = {
-        {0.5f, {100, 100, 100, 7}, {200, 0, 51, 0}, {150, 50, 75, 7}},
-        {1.0f, {100, 100, 100, 7}, {200, 0, 51, 0}, {200, 0, 51, 7}},
-        {0.0f, {100, 100, 100, 7}, {200, 0, 51, 0}, {100, 100, 100, 7}},
-        {-1.0f, {100, 100, 100, 7}, {200, 0, 51, 0}, {100, 100, 100, 7}},
-        {2.0f, {100, 200, 0, 7}, {200, 0, 255, 0}, {44, 56, 254, 7}}, // 300, -200, 510: low 8 bits
-        {0.1f, {255, 0, 0, 7}, {0, 255, 0, 0}, {229, 25, 0, 7}},       // truncated, not rounded
-        {nanValue, {100, 100, 100, 7}, {200, 0, 51, 0}, {0, 0, 0, 7}}, // NaN passes the test, converts to 0
-        {1.0e30f, {100, 100, 100, 7}, {200, 0, 51, 0}, {0, 0, 0, 7}},  // out of 32-bit range
-    };
-    for (const MixCase& c : cases) {
-        SCOPED_TRACE(c.f);
-        _imgRGBABuffer8 b(2u, 1u);
-        b.write(1, c.old);
-        b.writeMix(1, 0, c.src, c.f);
-        _Rgba8 out{};
-        b.read(out, 1u);
-        EXPECT_EQ(out.r, c.expected.r);
-        EXPECT_EQ(out.g, c.expected.g);
-        EXPECT_EQ(out.b, c.expected.b);
-        EXPECT_EQ(out.a, c.expected.a);
-        b.writeMix(2, 0, c.src, c.f);  // outside the picture
-        b.writeMix(-1, 0, c.src, c.f);
-        b.read(out, 1u);
-        EXPECT_EQ(out.r, c.expected.r);
-    }
-}
-
-namespace {
-
-struct MultiCase {
-    int index, count;
-    int firstWritten, written; // pixels copied from the source
-};
-
-} // namespace
-
-TEST(RgbaBuffer, WriteMultiDropsTheLastPixelThatWouldFit) {
-    const int capacity = 6;
-    const MultiCase cases[] = {
-        {0, 6, 0, 5},       {0, 5, 0, 5},  {0, 4, 0, 4}, {5, 1, 0, 0},     {4, 1, 4, 1}, {3, 2, 3, 2},
-        {6, 1, 0, 0},       {2, 0, 0, 0},  {2, -5, 0, 0}, {0, INT_MAX, 0, 5}, {3, INT_MAX, 3, 2},
-        {INT_MAX, 1, 0, 0}, {-2, 3, 0, 0}, {INT_MIN, INT_MAX, 0, 0},
-    };
-    std::vector<char> source(64 * capacity, 0x55);
-    for (const MultiCase& c : cases) {
+    const std::vector<char> source(64 * 6, 0x55);
+    for (const Case& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.index << " " << c.count);
-        _imgRGBABuffer8 b8(3u, 2u);
-        b8.clear();
-        b8.writeMulti(c.index, source.data(), c.count);
-        _imgRGBABuffer16 b16(capacity);
-        b16.clear();
-        b16.writeMulti(c.index, source.data(), c.count);
-        _imgRGBABufferf bf(capacity);
-        bf.clear();
-        bf.writeMulti(c.index, source.data(), c.count);
-        for (int i = 0; i < capacity; ++i) {
-            const bool copied = i >= c.firstWritten && i < c.firstWritten + c.written;
-            EXPECT_EQ(b8.read(static_cast<unsigned>(i)), copied ? 0x55555555u : 0x60606060u) << i;
-            EXPECT_EQ(b16.read(static_cast<unsigned>(i)), copied ? 0x5555555555555555ull : 0x6060606060606060ull);
-            uint32_t bits;
-            const _Rgbaf p = bf.read(static_cast<unsigned>(i));
-            std::memcpy(&bits, &p.a, 4);
-            EXPECT_EQ(bits, copied ? 0x55555555u : 0x60606060u);
-        }
+        TypeParam b(6u);
+        b.clear();
+        b.writeMulti(c.index, source.data(), c.count);
+        Bytes want(6 * size, 0x60);
+        std::fill_n(want.begin() + long(size_t(c.firstWritten) * size), size_t(c.written) * size, 0x55);
+        EXPECT_EQ(bytes(b), want);
     }
-}
-
-TEST(RgbaBuffer, WriteMultiVariants) {
-    std::vector<char> source(64, 0x55);
-    _imgRGBABuffer8 b(3u, 2u);
-    b.clear();
-    b.writeMulti(-1, source.data(), 3); // index -1 starts in the spare pixel
-    EXPECT_EQ(b.block[0], 0x55);
-    EXPECT_EQ(pixelsOf(b), (std::vector<uint32_t>{0x55555555u, 0x55555555u, 0x60606060u, 0x60606060u,
-                                                  0x60606060u, 0x60606060u}));
-    b.clear();
-    b.writeMulti(1, 1, source.data(), 9); // x/y form: from element 4, cut to capacity - 4 - 1
-    EXPECT_EQ(pixelsOf(b), (std::vector<uint32_t>{0x60606060u, 0x60606060u, 0x60606060u, 0x60606060u,
-                                                  0x55555555u, 0x60606060u}));
+    TypeParam b(6u);
+    b.setWidth(3);
+    b.setHeight(2);
     b.clear();
     b.writeMulti(3, 0, source.data(), 1);  // x outside the picture
     b.writeMulti(0, 2, source.data(), 1);  // y outside the picture
     b.writeMulti(-1, 1, source.data(), 1); // negative x
     b.writeMulti(0, 0, nullptr, 2);
-    EXPECT_EQ(pixelsOf(b), std::vector<uint32_t>(6, 0x60606060u));
-
-    _imgRGBABuffer16 b16(4);
-    b16.setWidth(2);
-    b16.setHeight(2);
-    b16.writeMulti(0, 1, source.data(), 5);
-    EXPECT_EQ(b16.read(1u), grey16);
-    EXPECT_EQ(b16.read(2u), 0x5555555555555555ull);
-    EXPECT_EQ(b16.read(3u), grey16);
-    _imgRGBABufferf bf(4);
-    bf.setWidth(2);
-    bf.setHeight(2);
-    bf.clear();
-    bf.writeMulti(1, 0, source.data(), 2);
-    uint32_t bits;
-    const _Rgbaf p = bf.read(1u);
-    std::memcpy(&bits, &p.r, 4);
-    EXPECT_EQ(bits, 0x55555555u);
+    EXPECT_EQ(bytes(b), Bytes(6 * size, 0x60));
+    b.writeMulti(1, 1, source.data(), 9); // from element 4, cut to one pixel
+    Bytes want(6 * size, 0x60);
+    std::fill_n(want.begin() + long(4 * size), size, 0x55);
+    EXPECT_EQ(bytes(b), want);
 }
 
-TEST(RgbaBuffer, SizeManagement) {
-    struct SizeCase {
-        uint32_t capacity;
-        int firstHeight, width; // setHeight(firstHeight), then setWidth(width)
-        uint32_t wantWidth, wantHeight, wantCount;
-    };
-    const SizeCase cases[] = {
-        {600, 2, 1000, 300, 2, 600}, {600, 2, 300, 300, 2, 600}, {600, 2, 7, 7, 2, 14},
-        {10, 0, 50, 50, 0, 0},       {10, 3, 0, 0, 3, 0},        {10, 20, 1, 1, 10, 10},
-        {10, 2, -1, 5, 2, 10},
-    };
-    for (const SizeCase& c : cases) {
-        SCOPED_TRACE(::testing::Message() << c.capacity << " " << c.firstHeight << " " << c.width);
-        _imgRGBABuffer8 b(c.capacity);
-        b.setHeight(c.firstHeight);
-        b.setWidth(c.width);
-        expectShape(b, {c.capacity, c.wantWidth, c.wantHeight, c.wantCount});
-    }
-    _imgRGBABuffer16 b(600);
-    b.setWidth(2);
-    b.setHeight(1000);
-    expectShape(b, {600, 2, 300, 600});
-
-    EXPECT_TRUE(b.doesImageSizeFit(20, 30));
-    EXPECT_FALSE(b.doesImageSizeFit(20, 31));
-    EXPECT_TRUE(b.doesImageSizeFit(0, 100000));
-    EXPECT_TRUE(b.doesImageSizeFit(65536, 65536)); // the product wraps to 0
-}
-
-TEST(RgbaBuffer, CopyToAdjustsWidthBeforeHeight) {
-    struct CopyCase {
-        uint32_t srcWidth, srcHeight;
-        uint32_t destCapacity;
+// Width is cut against the destination's old height before the new height is set.
+TYPED_TEST(RgbaBufferDepths, CopyToAdjustsWidthBeforeHeight) {
+    const size_t size = sizeof(typename Depth<TypeParam>::P);
+    struct Case {
+        uint32_t srcWidth, srcHeight, destCapacity;
         int destWidth, destHeight;
         bool ok;
         uint32_t wantWidth, wantHeight;
+    } cases[] = {
+        {4, 4, 12, 3, 1, false, 3, 1}, {3, 4, 12, 3, 1, true, 3, 4}, {3, 4, 12, 2, 6, true, 2, 4},
+        {3, 4, 12, 0, 0, true, 3, 4},  // zero height: nothing to cut, no division
+        {1, 1, 1, 0, 5, true, 0, 1},   // width cut to 1 / 5 = 0, no division by it
     };
-    const CopyCase cases[] = {
-        {4, 4, 12, 3, 1, false, 3, 1},
-        {3, 4, 12, 3, 1, true, 3, 4},
-        {3, 4, 12, 2, 6, true, 2, 4}, // width cut against the old height 6
-        {3, 4, 12, 0, 0, true, 3, 4}, // zero height: nothing to cut
-        {1, 1, 1, 0, 5, true, 0, 1},  // width cut to 1 / 5 = 0
-        {4, 3, 20, 4, 5, true, 4, 3},
-        {2, 6, 12, 12, 1, true, 2, 6},
-    };
-    for (const CopyCase& c : cases) {
+    for (const Case& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.srcWidth << "x" << c.srcHeight << " -> " << c.destCapacity << " "
                                           << c.destWidth << "x" << c.destHeight);
-        _imgRGBABuffer8 src(c.srcWidth, c.srcHeight);
-        fillCounting(src);
+        TypeParam src(c.srcWidth * c.srcHeight);
+        src.setWidth(int(c.srcWidth));
+        src.setHeight(int(c.srcHeight));
+        fillDistinct(src);
         src.alpha = 1;
         src.status = 3;
         src.headerInfo.width = 77;
         src.headerInfo.isUncompressed = 1;
-        src.headerInfo.infoText.text[0] = 'T';
-        src.headerInfo.infoText.text[1] = 0;
+        src.headerInfo.infoText = "T";
         src.headerInfo.infoText.text[250] = 'z';
-        src.headerInfo.infoText.length = 1;
         src.headerTag = 5;
-
-        _imgRGBABuffer8 dest(c.destCapacity);
+        TypeParam dest(c.destCapacity);
         dest.setWidth(0);
         dest.setHeight(c.destHeight);
         dest.setWidth(c.destWidth);
         dest.clear();
-        const uint32_t oldCount = dest.pixelCount;
+        const Shape before = shape(dest);
 
         EXPECT_EQ(src.copyTo(dest, true), c.ok);
-        EXPECT_EQ(dest.width, c.wantWidth);
-        EXPECT_EQ(dest.height, c.wantHeight);
+        Bytes want(c.destCapacity * size, 0x60);
         if (!c.ok) {
-            EXPECT_EQ(dest.pixelCount, oldCount);
-            EXPECT_EQ(dest.alpha, 0);
-            EXPECT_EQ(dest.read(0u), 0x60606060u);
+            EXPECT_EQ(shape(dest), before);
+            EXPECT_TRUE(freshDescription(dest));
+            EXPECT_EQ(bytes(dest), want);
             continue;
         }
-        EXPECT_EQ(dest.pixelCount, c.wantWidth * c.wantHeight);
+        EXPECT_EQ(shape(dest), (Shape{c.destCapacity, c.wantWidth, c.wantHeight, c.wantWidth * c.wantHeight}));
         EXPECT_EQ(dest.alpha, 1);
         EXPECT_EQ(dest.status, 3);
-        EXPECT_EQ(dest.headerInfo.width, 77u);
-        EXPECT_EQ(dest.headerInfo.isUncompressed, 1);
-        EXPECT_EQ(dest.headerInfo.infoText.length, 1);
-        EXPECT_EQ(dest.headerInfo.infoText.text[0], 'T');
-        EXPECT_EQ(dest.headerInfo.infoText.text[250], 'z');
+        EXPECT_EQ(description(dest), description(src));
         EXPECT_EQ(dest.headerTag, -1);
-        for (uint32_t i = 0; i < dest.capacity; ++i) {
-            EXPECT_EQ(dest.read(i), i < src.pixelCount ? src.read(i) : 0x60606060u) << i;
-        }
+        const Bytes from = bytes(src);
+        std::copy(from.begin(), from.begin() + long(src.pixelCount * size), want.begin());
+        EXPECT_EQ(bytes(dest), want);
+    }
+    TypeParam src(4u), dest(4u);
+    src.setWidth(4);
+    fillDistinct(src);
+    dest.clear();
+    EXPECT_TRUE(src.copyTo(dest, false));
+    EXPECT_EQ(bytes(dest), Bytes(4 * size, 0x60));
+    const Bytes image = bytes(src);
+    EXPECT_TRUE(src.copyTo(src, true)); // onto itself
+    EXPECT_EQ(bytes(src), image);
+}
+
+TEST(RgbaBuffer8, ConstructionAndSparePixel) {
+    _imgRGBABuffer8 zero(0u);
+    EXPECT_EQ(shape(zero), (Shape{1, 1, 1, 1}));
+    EXPECT_EQ(zero.pixels, zero.block + 4);
+    _imgRGBABuffer8 sized(3u, 2u);
+    EXPECT_TRUE(freshDescription(sized));
+    EXPECT_EQ(shape(sized), (Shape{6, 3, 2, 6}));
+    _imgRGBABuffer8 empty(0u, 7u); // no pixels, but still a block with its spare pixels
+    EXPECT_EQ(shape(empty), (Shape{0, 0, 7, 0}));
+    EXPECT_EQ(empty.read(0u), grey8);
+
+    // Index -1 lands in the spare pixel before the array; byte 8 of two pixels is past them.
+    _imgRGBABuffer8 b(2u);
+    b.clear();
+    b.pixels[8] = 0;
+    b.write(-1, 9, 8, 7, 6);
+    EXPECT_EQ(Bytes(b.block, b.block + 4), Bytes({9, 8, 7, 6}));
+    b.writeByte(8, 0x33);
+    b.writeMulti(-1, std::vector<char>(8, 0x55).data(), 2);
+    EXPECT_EQ(b.block[0], 0x55);
+    EXPECT_EQ(b.pixels[8], 0);
+    EXPECT_EQ(bytes(b), Bytes({0x55, 0x55, 0x55, 0x55, 0x60, 0x60, 0x60, 0x60}));
+}
+
+TEST(RgbaBuffer16, FreshPixelsAreGrey) {
+    _imgRGBABuffer16 b(10);
+    for (unsigned i = 0; i <= 10; ++i) EXPECT_EQ(b.read(i), grey16) << i;
+}
+
+TEST(RgbaBuffer8, WriteMixBlendsColourAndKeepsAlpha) {
+    const _Rgba8 old{100, 100, 100, 7}, src{200, 0, 51, 0};
+    struct Case {
+        float f;
+        _Rgba8 old, src, want;
+    } cases[] = {
+        {0.5f, old, src, {150, 50, 75, 7}},
+        {-1.0f, old, src, {100, 100, 100, 7}},                      // f <= 0: nothing
+        {2.0f, {100, 200, 0, 7}, {200, 0, 255, 0}, {44, 56, 254, 7}}, // 300, -200, 510: low 8 bits
+        {0.1f, {255, 0, 0, 7}, {0, 255, 0, 0}, {229, 25, 0, 7}},      // truncated, not rounded
+        {std::numeric_limits<float>::quiet_NaN(), old, src, {0, 0, 0, 7}}, // NaN passes the test, converts to 0
+        {1.0e30f, old, src, {0, 0, 0, 7}},                            // out of 32-bit range
+    };
+    for (const Case& c : cases) {
+        _imgRGBABuffer8 b(2u, 1u);
+        b.write(1, c.old);
+        b.writeMix(1, 0, c.src, c.f);
+        b.writeMix(2, 0, c.src, c.f); // outside the picture
+        b.writeMix(-1, 0, c.src, c.f);
+        EXPECT_EQ(bytesOf(b.read(1u)), bytesOf(c.want)) << c.f;
     }
 }
 
-TEST(RgbaBuffer, CopyToOtherDepths) {
-    _imgRGBABuffer16 src16(6);
-    src16.setWidth(3);
-    src16.setHeight(2);
-    src16.write(5, _Rgba16{1, 2, 3, 4});
-    _imgRGBABuffer16 dest16(8);
-    EXPECT_TRUE(src16.copyTo(dest16, false));
-    expectShape(dest16, {8, 3, 2, 6});
-    EXPECT_EQ(dest16.read(5u), grey16);
-    EXPECT_TRUE(src16.copyTo(dest16, true));
-    EXPECT_EQ(dest16.read(5u), 0x0004000300020001ull);
-    _imgRGBABuffer16 small16(5);
-    EXPECT_FALSE(src16.copyTo(small16, true));
-
-    _imgRGBABufferf srcf(4);
-    srcf.setWidth(4);
-    srcf.write(3, _Rgbaf{1, 2, 3, 4});
-    _imgRGBABufferf destf(4);
-    EXPECT_TRUE(srcf.copyTo(destf, true));
-    EXPECT_EQ(destf.read(3, 0).b, 3.0f);
-    EXPECT_TRUE(srcf.copyTo(srcf, true)); // onto itself
-    EXPECT_EQ(srcf.read(3u).b, 3.0f);
+TEST(RgbaBuffer, SizeManagement) {
+    struct Case {
+        uint32_t capacity;
+        int firstHeight, width; // setHeight(firstHeight), then setWidth(width)
+        Shape want;
+    } cases[] = {
+        {600, 2, 1000, {600, 300, 2, 600}}, {600, 2, 7, {600, 7, 2, 14}}, {10, 0, 50, {10, 50, 0, 0}},
+        {10, 3, 0, {10, 0, 3, 0}},          {10, 20, 1, {10, 1, 10, 10}}, {10, 2, -1, {10, 5, 2, 10}},
+    };
+    for (const Case& c : cases) {
+        _imgRGBABuffer8 b(c.capacity);
+        b.setHeight(c.firstHeight);
+        b.setWidth(c.width);
+        EXPECT_EQ(shape(b), c.want) << c.capacity << " " << c.firstHeight << " " << c.width;
+    }
+    _imgRGBABuffer16 b(600);
+    b.setWidth(2);
+    b.setHeight(1000);
+    EXPECT_EQ(shape(b), (Shape{600, 2, 300, 600}));
+    EXPECT_TRUE(b.doesImageSizeFit(20, 30));
+    EXPECT_FALSE(b.doesImageSizeFit(20, 31));
+    EXPECT_TRUE(b.doesImageSizeFit(65536, 65536)); // the product wraps to 0
 }
 
-TEST(RgbaBuffer, LetterBoxViews) {
+TEST(RgbaBuffer8, LetterBoxViews) {
     _imgRGBABuffer8 src(4u, 8u);
-    fillCounting(src);
+    fillDistinct(src);
     _imgRGBABuffer8 view(1u);
-    view.createLetterBox(&src, 5, 10);
+    view.createLetterBox(&src, 5, 10); // cut to the 3 rows left
     EXPECT_EQ(view.block, nullptr);
-    expectShape(view, {12, 1, 1, 12}); // width and height left for the caller
+    EXPECT_EQ(shape(view), (Shape{12, 1, 1, 12})); // width and height left for the caller
     EXPECT_EQ(view.pixels, src.pixels + 20 * 4);
-    EXPECT_EQ(view.read(0u), src.read(20u));
-    view.write(11, _Rgba8{1, 1, 1, 1});
-    EXPECT_EQ(src.read(31u), 0x01010101u);
-    src.pixels[32 * 4] = 0x77; // the spare pixel after src's pixels
+    src.pixels[32 * 4] = 0x77;       // the spare pixel after src's pixels
     view.write(12, _Rgba8{2, 2, 2, 2}); // beyond the view
     EXPECT_EQ(src.pixels[32 * 4], 0x77);
 
@@ -571,58 +388,49 @@ TEST(RgbaBuffer, LetterBoxViews) {
     view.height = 8;
     _imgRGBABuffer8 inner(1u);
     inner.createLetterBox(&view, 1, 100);
-    expectShape(inner, {8, 1, 1, 8});
+    EXPECT_EQ(shape(inner), (Shape{8, 1, 1, 8}));
     EXPECT_EQ(inner.pixels, src.pixels + 24 * 4);
     inner.createLetterBox(&view, 4, 1); // first row past the band
-    EXPECT_EQ(inner.capacity, 0u);
     EXPECT_EQ(inner.pixels, nullptr);
-    inner.write(-1, _Rgba8{});
+    inner.write(-1, _Rgba8{}); // no spare pixel without a block
     inner.createLetterBox(&src, -1, 3);
     EXPECT_EQ(inner.capacity, 0u);
     inner.createLetterBox(&src, 2, -3);
     EXPECT_EQ(inner.capacity, 0u);
     EXPECT_EQ(inner.read(0u), grey8);
-
     view.createLetterBox(&view, 0, 1); // a buffer cannot lend itself its own pixels
     EXPECT_EQ(view.capacity, 12u);
     src.createLetterBox(&view, 0, 1);
     EXPECT_NE(src.block, nullptr);
 
+    const Bytes image = bytes(src);
     view.freeLetterBox();
-    expectShape(view, {0, 0, 0, 0});
+    EXPECT_EQ(shape(view), (Shape{0, 0, 0, 0}));
     EXPECT_EQ(view.pixels, nullptr);
     view.write(0, _Rgba8{});
     view.writeByte(0, 1);
     EXPECT_EQ(view.read(0u), grey8);
-    EXPECT_EQ(src.read(20u), 0x17161514u);
+    EXPECT_EQ(bytes(src), image);
 }
 
 TEST(RgbaBuffer, RefusedAllocationsLeaveEmptyBuffers) {
     // Byte sizes beyond 32 bits are refused outright.
-    _imgRGBABuffer8 b8(0x3FFFFFFCu);
-    _imgRGBABuffer8 wide(0x10000u, 0x4000u); // 2^30 pixels
+    _imgRGBABuffer8 b8(0x3FFFFFFCu), wide(0x10000u, 0x4000u);
     _imgRGBABuffer16 b16(0x20000000u);
     _imgRGBABufferf bf(0x10000000u);
-    for (_imgRGBABuffer_all* b : {static_cast<_imgRGBABuffer_all*>(&b8), static_cast<_imgRGBABuffer_all*>(&wide),
-                                  static_cast<_imgRGBABuffer_all*>(&b16), static_cast<_imgRGBABuffer_all*>(&bf)}) {
-        expectShape(*b, {0, 0, 0, 0});
+    for (_imgRGBABuffer_all* b : std::vector<_imgRGBABuffer_all*>{&b8, &wide, &b16, &bf}) {
+        EXPECT_EQ(shape(*b), (Shape{0, 0, 0, 0}));
         EXPECT_EQ(b->pixels, nullptr);
-        expectFreshDescription(*b);
+        EXPECT_TRUE(freshDescription(*b));
     }
     EXPECT_EQ(b8.block, nullptr);
-    std::vector<char> source(64, 1);
-    for (_imgRGBABuffer8* b : {&b8, &wide}) {
-        b->clear();
-        b->write(-1, _Rgba8{});
-        b->write(0, _Rgba8{});
-        b->writeByte(0, 1);
-        b->writeMulti(-1, source.data(), 2);
-        b->writeMix(0, 0, _Rgba8{}, 0.5f);
-        EXPECT_EQ(b->read(0u), grey8);
-        _Rgba8 out{};
-        b->read(out, 0, 0);
-        EXPECT_EQ(out.a, 0xFF);
-    }
+    const std::vector<char> source(64, 1);
+    b8.clear();
+    b8.write(-1, _Rgba8{});
+    b8.writeByte(0, 1);
+    b8.writeMulti(-1, source.data(), 2);
+    b8.writeMix(0, 0, _Rgba8{}, 0.5f);
+    EXPECT_EQ(b8.read(0u), grey8);
     b16.clear();
     b16.writeShort(0, 1);
     b16.write(0, 0, _Rgba16{});
@@ -638,30 +446,8 @@ TEST(RgbaBuffer, RefusedAllocationsLeaveEmptyBuffers) {
     _imgRGBABuffer8 ok(2u, 2u);
     EXPECT_FALSE(ok.copyTo(b8, true));
     EXPECT_TRUE(b8.copyTo(ok, true)); // an empty picture fits anywhere
-    expectShape(ok, {4, 0, 0, 0});
+    EXPECT_EQ(shape(ok), (Shape{4, 0, 0, 0}));
     _imgRGBABuffer8 view(1u);
     view.createLetterBox(&b8, 0, 1);
     EXPECT_EQ(view.capacity, 0u);
-}
-
-TEST(RgbaBuffer, ZeroCapacityDeepBuffersHoldOnePixel) {
-    _imgRGBABuffer16 b16(0);
-    expectShape(b16, {1, 1, 1, 1});
-    EXPECT_EQ(b16.read(0u), grey16);
-    b16.writeShort(3, 9);
-    b16.writeShort(4, 9);
-    b16.writeShort(7, 9);
-    EXPECT_EQ(b16.read(0u), 0x0009CCCCCCCCCCCCull);
-    b16.clear();
-    EXPECT_EQ(b16.read(0, 0), 0x6060606060606060ull);
-
-    _imgRGBABufferf bf(0);
-    expectShape(bf, {1, 1, 1, 1});
-    bf.write(0, 0, _Rgbaf{1, 2, 3, 4});
-    bf.writeFloat(4, 9.0f);
-    bf.writeFloat(15, 9.0f);
-    EXPECT_EQ(bf.read(0u).a, 4.0f);
-    _Rgbaf* p = nullptr;
-    bf.read(p, 5u);
-    EXPECT_EQ(p->r, 1.0f);
 }
