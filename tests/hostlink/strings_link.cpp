@@ -15,26 +15,11 @@ void callString16() {
     const char c = 'x';
     const unsigned short u = 'y';
     S s, a(c), b("abc"), d("abcdef", 3), e(wideAbc), f(wideAbc, 2);
-    s = b;
-    s = "abc";
-    s = wideAbc;
-    s = u;
-    s.clear();
-    s.clearUnused();
-    s.setLength(0);
-    s.calcLength();
-    s.add("ab");
-    s.add(wideAbc, 1u);
-    s.add(b);
-    s += "c";
-    s += wideAbc;
-    s += b;
-    s += c;
-    s += u;
-    s = s + b;
-    s = s + c;
-    s = s.combined(b);
-    s = s.combined("z");
+    s = b, s = "abc", s = wideAbc, s = u;
+    s.clear(), s.clearUnused(), s.setLength(0), s.calcLength();
+    s.add("ab"), s.add(wideAbc, 1u), s.add(b);
+    s += "c", s += wideAbc, s += b, s += c, s += u;
+    s = s + b, s = s + c, s = s.combined(b), s = s.combined("z");
     char buf[8];
     s.toChar(buf, sizeof buf);
     _vkString8_evenSize<250> n250 = s.to_vkString8_250();
@@ -51,13 +36,8 @@ void callString16() {
     b.endsWith(f), b.endsWith("bc"), b.endsWith("bc", 2);
 
     s.remove(0, 1).insert(0, f).remove(a).removeCaseSens(a).replace(a, f).replaceCaseSen(f, a);
-    s.replace(u, u);
-    s = s.remove(u);
-    s = s.left(2) + s.mid(0, 1);
-    s.trim();
-    s.makeLower();
-    s.makeUpper();
-    s.addNr(42LL);
+    s.replace(u, u), s = s.remove(u), s = s.left(2) + s.mid(0, 1);
+    s.trim(), s.makeLower(), s.makeUpper(), s.addNr(42LL);
 }
 
 // Every member of an 8-bit family.
@@ -66,26 +46,11 @@ void callString8() {
     const char c = 'x';
     const unsigned short u = 'y';
     S s, b("abc"), d("abcdef", 3), e(wideAbc), a("a");
-    s.fromChar("ab", 2);
-    s = b;
-    s = "abc";
-    s = c;
-    s = std::string("abc");
-    s.clear();
-    s.clearUnused();
-    s.setLength(0);
-    s.calcLength();
-    s.add("ab");
-    s.add("cd", 1u);
-    s.add(b);
-    s += "c";
-    s += b;
-    s += c;
-    s += u;
-    s = s + b;
-    s = s + c;
-    s = s.combined(b);
-    s = s.combined("z");
+    s.fromChar("ab", 2), s = b, s = "abc", s = c, s = std::string("abc");
+    s.clear(), s.clearUnused(), s.setLength(0), s.calcLength();
+    s.add("ab"), s.add("cd", 1u), s.add(b);
+    s += "c", s += b, s += c, s += u;
+    s = s + b, s = s + c, s = s.combined(b), s = s.combined("z");
 
     (void)(b == d), (void)(b != e), (void)(b == "abc"), (void)(b < a), (void)(b > a);
     b.compare(e), b.isEqual(e), b.isEqual("ABC", 3), b.isEqual(wideAbc, 3);
@@ -97,14 +62,8 @@ void callString8() {
     b.endsWith(a), b.endsWith("bc"), b.endsWith("bc", 2);
 
     s.remove(0, 1).insert(0, a).remove(a).removeCaseSens(a).replace(a, b).replaceCaseSen(b, a);
-    s.replace(c, c);
-    s = s.remove(c);
-    s = s.left(2) + s.mid(0, 1);
-    s.trim();
-    s.makeLower();
-    s.makeUpper();
-    s.addNr(7);
-    s.addNr(7, 3);
+    s.replace(c, c), s = s.remove(c), s = s.left(2) + s.mid(0, 1);
+    s.trim(), s.makeLower(), s.makeUpper(), s.addNr(7), s.addNr(7, 3);
     bool ok = false;
     s.toInt(&ok);
 }
@@ -116,16 +75,9 @@ TEST(HostLinkStrings, EveryMemberOnce) {
     callString8<_vkString8_evenSize<250>>();
     callString8<_vkString8_UnevenSize<15>>();
 
-    vkCharLen(wideAbc);
-    vkIsDigit('-');
-    int2Str(-12);
-    float2Str(3.14159f, 2, '.');
+    vkCharLen(wideAbc), vkIsDigit('-'), int2Str(-12), float2Str(3.14159f, 2, '.');
     _vkStringList l, copy;
-    l.append(_vkString<500>("b"), false, false);
-    l.find(_vkString<500>("a"), false);
-    l.sort(false);
-    l.at(0);
-    l.atAsChar(0);
-    copy.copyFrom(l);
+    l.append(_vkString<500>("b"), false, false), l.find(_vkString<500>("a"), false), l.sort(false);
+    l.at(0), l.atAsChar(0), copy.copyFrom(l);
     EXPECT_EQ(copy.count, 1);
 }
