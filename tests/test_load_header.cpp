@@ -44,15 +44,8 @@ Bytes smallImage(bool bigEndian, const Tags& extra = {}, const std::set<uint16_t
     return b.build();
 }
 
-Bytes le(const Tags& extra = {}, const std::set<uint16_t>& skip = {})
-{
-    return smallImage(false, extra, skip);
-}
-
-Bytes be(const Tags& extra = {}, const std::set<uint16_t>& skip = {})
-{
-    return smallImage(true, extra, skip);
-}
+Bytes le(const Tags& extra = {}, const std::set<uint16_t>& skip = {}) { return smallImage(false, extra, skip); }
+Bytes be(const Tags& extra = {}, const std::set<uint16_t>& skip = {}) { return smallImage(true, extra, skip); }
 
 Bytes header(const char* mark, uint16_t version, uint32_t ifd, bool bigEndian)
 {
@@ -192,36 +185,18 @@ TEST(LoadHeader, FillsDescriptionAndHeader)
     LoadedTiff t = loadTiff(buildImage(s));
     ASSERT_EQ(t.status, vkStatusOk);
     EXPECT_EQ(text(t.info), "Tiff  Mac UnCompr. RGBA");
-    EXPECT_EQ(t.info.width, 5u);
-    EXPECT_EQ(t.info.height, 7u);
-    EXPECT_EQ(t.info.hasAlpha, 1);
-    EXPECT_EQ(t.info.bitsPerChannel, 16);
-    EXPECT_EQ(t.info.isUncompressed, 1);
-    EXPECT_TRUE(t.file->dataBigEndian);
+    EXPECT_EQ((std::vector<uint32_t>{t.info.width, t.info.height, t.info.hasAlpha, t.info.bitsPerChannel,
+                                     t.info.isUncompressed, t.file->dataBigEndian}),
+              (std::vector<uint32_t>{5, 7, 1, 16, 1, 1}));
     const TiffHeader& h = *t.header;
-    EXPECT_EQ(h.bigEndian, 1);
-    EXPECT_EQ(h.version, 42);
-    EXPECT_EQ(h.entryCount, 9);
-    EXPECT_EQ(h.entries[0].tag, 256);
-    EXPECT_EQ(h.entries[0].type, typeShort);
-    EXPECT_EQ(h.entries[0].count, 1u);
-    EXPECT_EQ(h.entries[0].value, 5u << 16);
-    EXPECT_EQ(h.imageWidth, 5u);
-    EXPECT_EQ(h.imageLength, 7u);
-    EXPECT_EQ(h.bitsPerSample, 16);
-    EXPECT_EQ(h.samplesPerPixel, 4u);
-    EXPECT_EQ(h.compression, 1u);
-    EXPECT_EQ(h.rowsPerStrip, 3u);
-    EXPECT_EQ(h.stripCount, 3u);
-    EXPECT_EQ(h.tileCount, 0u);
-    EXPECT_EQ(h.tileWidth, 0u);
-    uint32_t expectedOffset = 8;
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(h.stripOffsets[i], expectedOffset) << i;
-        EXPECT_EQ(h.stripByteCounts[i], s.chunks[size_t(i)].size()) << i;
-        expectedOffset += uint32_t(s.chunks[size_t(i)].size());
-    }
-    EXPECT_EQ(h.ifdOffset, uint32_t(t.file->fileSize) - 2 - 12 * 9 - 4);
+    const TiffDirEntry& e = h.entries[0];
+    EXPECT_EQ((std::vector<uint32_t>{h.bigEndian, h.version, h.entryCount, e.tag, e.type, e.count, e.value, h.imageWidth,
+                                     h.imageLength, h.bitsPerSample, h.samplesPerPixel, h.compression, h.rowsPerStrip,
+                                     h.stripCount, h.tileCount, h.tileWidth, h.ifdOffset}),
+              (std::vector<uint32_t>{1, 42, 9, 256, typeShort, 1, 5u << 16, 5, 7, 16, 4, 1, 3, 3, 0, 0,
+                                     uint32_t(t.file->fileSize) - 2 - 12 * 9 - 4}));
+    EXPECT_EQ((std::vector<uint32_t>(h.stripOffsets, h.stripOffsets + 3)), (std::vector<uint32_t>{8, 128, 248}));
+    EXPECT_EQ((std::vector<uint32_t>(h.stripByteCounts, h.stripByteCounts + 3)), (std::vector<uint32_t>{120, 120, 40}));
 }
 
 TEST(LoadHeader, TiledLayout)
@@ -230,55 +205,39 @@ TEST(LoadHeader, TiledLayout)
     ASSERT_EQ(t.status, vkStatusOk);
     EXPECT_EQ(text(t.info), "Tiff  LZW RGB");
     const TiffHeader& h = *t.header;
-    EXPECT_EQ(h.tilesAcross, 4u);
-    EXPECT_EQ(h.tilesDown, 4u);
-    EXPECT_EQ(h.tileCount, 16u);
-    EXPECT_EQ(h.rowsPerStrip, 1000u);
-    uint32_t offset = 8;
-    for (uint32_t i = 0; i < 16; ++i) {
-        uint32_t size = 2 + i % 3;
-        EXPECT_EQ(h.stripOffsets[i], offset) << i;
-        EXPECT_EQ(h.stripByteCounts[i], size) << i;
-        offset += size + size % 2;
+    EXPECT_EQ((std::vector<uint32_t>{h.tilesAcross, h.tilesDown, h.tileCount, h.rowsPerStrip}),
+              (std::vector<uint32_t>{4, 4, 16, 1000}));
+    std::vector<uint32_t> offsets, counts;
+    for (uint32_t i = 0, offset = 8, size; i < 16; ++i, offset += size + size % 2) {
+        size = 2 + i % 3;
+        offsets.push_back(offset);
+        counts.push_back(size);
     }
+    EXPECT_EQ(std::vector<uint32_t>(h.stripOffsets, h.stripOffsets + 16), offsets);
+    EXPECT_EQ(std::vector<uint32_t>(h.stripByteCounts, h.stripByteCounts + 16), counts);
 }
 
 // Big-endian files: SHORT positions assumed for six tags, a single strip's
-// byte count kept byte-reversed, other fields as read.
-TEST(LoadHeader, BigEndianQuirks)
+// byte count kept byte-reversed, other fields as read. Rows read from a SHORT
+// array are right, then the correction keeps their upper half.
+TEST(LoadHeader, BigEndianQuirksAndRowIndirection)
 {
     LoadedTiff wide = loadTiff(be([](TiffBuilder& b) { b.addLongs(256, {300}); }));
-    EXPECT_EQ(wide.status, vkStatusOk);
-    EXPECT_EQ(wide.info.width, 0u);
-
     LoadedTiff counts = loadTiff(be([](TiffBuilder& b) { b.addLongs(279, {4096}); }));
-    EXPECT_EQ(counts.status, vkStatusOk);
-    EXPECT_EQ(counts.header->stripByteCountsField, 1048576u);
-    EXPECT_EQ(counts.header->stripByteCounts[0], 1048576u);
-
     LoadedTiff little = loadTiff(le([](TiffBuilder& b) { b.addLongs(279, {4096}); }));
-    EXPECT_EQ(little.header->stripByteCounts[0], 4096u);
-
     LoadedTiff depth = loadTiff(be([](TiffBuilder& b) { b.addShorts(258, {8}); }));
-    EXPECT_EQ(depth.header->bitsPerSample, 0);
-
-    // Rows read from a SHORT array are right, then the correction keeps their upper half.
     LoadedTiff rows = loadTiff(be([](TiffBuilder& b) { b.addShorts(278, {4, 4}); }));
-    EXPECT_EQ(rows.status, vkStatusUnsupported);
-    EXPECT_EQ(rows.header->rowsPerStrip, 0u);
-
     LoadedTiff orient = loadTiff(be([](TiffBuilder& b) { b.addShorts(274, {1}); }));
-    EXPECT_EQ(orient.header->orientation, 1u << 16);
-}
-
-TEST(LoadHeader, RowsPerStripIndirection)
-{
     LoadedTiff shorts = loadTiff(le([](TiffBuilder& b) { b.addShorts(278, {3, 9, 9}); }));
-    EXPECT_EQ(shorts.header->rowsPerStrip, 3u);
     LoadedTiff longs = loadTiff(le([](TiffBuilder& b) { b.addLongs(278, {70000, 9}); }));
-    EXPECT_EQ(longs.header->rowsPerStrip, 70000u);
     LoadedTiff inlineRows = loadTiff(le([](TiffBuilder& b) { b.addRaw(278, typeLong, 0, 5); }));
-    EXPECT_EQ(inlineRows.header->rowsPerStrip, 5u);
+    EXPECT_EQ((std::vector<uint32_t>{wide.status, wide.info.width, counts.status, counts.header->stripByteCountsField,
+                                     counts.header->stripByteCounts[0], little.header->stripByteCounts[0],
+                                     depth.header->bitsPerSample, rows.status, rows.header->rowsPerStrip,
+                                     orient.header->orientation, shorts.header->rowsPerStrip,
+                                     longs.header->rowsPerStrip, inlineRows.header->rowsPerStrip}),
+              (std::vector<uint32_t>{vkStatusOk, 0, vkStatusOk, 1048576, 1048576, 4096, 0, vkStatusUnsupported, 0,
+                                     1u << 16, 3, 70000, 5}));
 }
 
 TEST(LoadHeader, PartlyLoadedFile)
@@ -306,9 +265,7 @@ TEST(LoadHeader, StorageKeptWhereNotRead)
     runLoadHeader(t);
     EXPECT_EQ(t.status, vkStatusOk);
     EXPECT_EQ(text(t.info), "Tiff  LZW RGBA");
-    EXPECT_EQ(t.info.isUncompressed, 1);
-    EXPECT_EQ(t.header->tileLength, 99u);
-    EXPECT_EQ(t.header->tilesAcross, 7u);
+    EXPECT_TRUE(t.info.isUncompressed == 1 && t.header->tileLength == 99u && t.header->tilesAcross == 7u);
 
     // The IFD offset cannot be read: the stored 2 is used, and the version
     // word found there reads as 42 entries.
