@@ -76,9 +76,8 @@ HostRun runHost(const std::vector<std::string>& args) {
 }
 
 struct Png {
-    unsigned int width = 0, height = 0;
-    int bitDepth = 0, colourType = 0;
-    std::vector<uint8_t> bytes; // rows top to bottom; 16-bit samples in host order
+    std::vector<unsigned> shape; // width, height, bit depth, colour type
+    std::vector<uint8_t> bytes;  // rows top to bottom; 16-bit samples in host order
 };
 
 Png readPng(const std::string& path) {
@@ -90,35 +89,23 @@ Png readPng(const std::string& path) {
     if (setjmp(png_jmpbuf(png)) == 0) {
         png_init_io(png, f);
         png_read_png(png, info, PNG_TRANSFORM_SWAP_ENDIAN, nullptr);
-        result.width = png_get_image_width(png, info);
-        result.height = png_get_image_height(png, info);
-        result.bitDepth = png_get_bit_depth(png, info);
-        result.colourType = png_get_color_type(png, info);
+        result.shape = {png_get_image_width(png, info), png_get_image_height(png, info), png_get_bit_depth(png, info),
+                        png_get_color_type(png, info)};
         const size_t rowBytes = png_get_rowbytes(png, info);
         png_bytepp rows = png_get_rows(png, info);
-        for (unsigned int y = 0; y < result.height; ++y) result.bytes.insert(result.bytes.end(), rows[y], rows[y] + rowBytes);
+        for (unsigned int y = 0; y < result.shape[1]; ++y) result.bytes.insert(result.bytes.end(), rows[y], rows[y] + rowBytes);
     }
     png_destroy_read_struct(&png, &info, nullptr);
     std::fclose(f);
     return result;
 }
 
-vktest::Bytes fileBytes(const std::string& path) {
-    const std::string s = slurp(path);
-    return vktest::Bytes(s.begin(), s.end());
-}
-
-template <class Pixel>
-std::vector<uint8_t> pixelBytes(const vkP::_imgRGBABuffer_all& buffer) {
-    const uint8_t* p = buffer.pixels;
-    return std::vector<uint8_t>(p, p + sizeof(Pixel) * buffer.pixelCount);
-}
-
 // The picture a host gets by calling the library in-process: decode entry of
 // the depth, alpha flag from hasAlpha, images without alpha made opaque.
 template <class Buffer, class Record, class Pixel, class Channel>
 std::vector<Pixel> decodeInProcess(const std::string& path, unsigned int (*entry)(Record*), Channel opaque) {
-    vktest::LoadedTiff t = vktest::loadTiff(fileBytes(path));
+    const std::string file = slurp(path);
+    vktest::LoadedTiff t = vktest::loadTiff(vktest::Bytes(file.begin(), file.end()));
     EXPECT_EQ(t.status, 1u);
     Buffer buffer(t.info.width * t.info.height);
     buffer.setWidth(int(t.info.width));
@@ -153,15 +140,10 @@ vktest::Bytes stripTiff(uint32_t width, uint32_t height, bool arraysLast, vktest
     put16(42);
     put32(8);
     put16(entries);
-    const uint32_t table[9][4] = {{256, 3, 1, width},   {257, 3, 1, height},      {258, 3, 3, bps},
-                                  {259, 3, 1, 1},       {262, 3, 1, 2},           {273, 4, height, offsets},
-                                  {277, 3, 1, 3},       {278, 3, 1, 1},           {279, 4, height, counts}};
-    for (const auto& e : table) {
-        put16(e[0]);
-        put16(e[1]);
-        put32(e[2]);
-        put32(e[3]);
-    }
+    const uint32_t table[9][4] = {{256, 3, 1, width}, {257, 3, 1, height}, {258, 3, 3, bps}, {259, 3, 1, 1},
+                                  {262, 3, 1, 2}, {273, 4, height, offsets}, {277, 3, 1, 3}, {278, 3, 1, 1},
+                                  {279, 4, height, counts}};
+    for (const auto& e : table) put16(e[0]), put16(e[1]), put32(e[2]), put32(e[3]);
     put32(0);
     for (int i = 0; i < 3; ++i) put16(8);
     pixels.clear();
@@ -205,9 +187,7 @@ TEST(VkHost, ConvertMatchesInProcessDecode) {
         const std::string out = dir / (std::string(name) + ".png");
         ASSERT_EQ(runHost({"convert", samples + name + ".tif", "-o", out}).exitCode, 0);
         const Png png = readPng(out);
-        EXPECT_EQ(png.bitDepth, 8);
-        EXPECT_EQ(png.colourType, PNG_COLOR_TYPE_RGB_ALPHA);
-        EXPECT_EQ(png.width * png.height, 96u * 64u);
+        EXPECT_EQ(png.shape, (std::vector<unsigned>{96, 64, 8, PNG_COLOR_TYPE_RGB_ALPHA}));
         EXPECT_EQ(png.bytes, asBytes(decodeInProcess<vkP::_imgRGBABuffer8, vkP::_dataIMG_Decode8, vkP::_Rgba8>(
                                  samples + name + ".tif", imgDecode8, uint8_t(255))));
     }
@@ -216,7 +196,7 @@ TEST(VkHost, ConvertMatchesInProcessDecode) {
         const std::string out = dir / (std::string(name) + ".png");
         ASSERT_EQ(runHost({"convert", samples + name + ".tif", "-o", out, "--depth", "16"}).exitCode, 0);
         const Png png = readPng(out);
-        EXPECT_EQ(png.bitDepth, 16);
+        EXPECT_EQ(png.shape, (std::vector<unsigned>{96, 64, 16, PNG_COLOR_TYPE_RGB_ALPHA}));
         EXPECT_EQ(png.bytes, asBytes(decodeInProcess<vkP::_imgRGBABuffer16, vkP::_dataIMG_Decode16, vkP::_Rgba16>(
                                  samples + name + ".tif", imgDecode16, uint16_t(65535))));
     }
