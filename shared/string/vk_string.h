@@ -13,8 +13,8 @@
 // Text that does not fit is cut at N without notice; nothing here throws except
 // the bounds-tested character access of operator=(const std::string&).
 
-template <int N> class _vkString8_evenSize;
-template <int N> class _vkString8_UnevenSize;
+template <int N> class VK_API _vkString8_evenSize;
+template <int N> class VK_API _vkString8_UnevenSize;
 
 // Number of units before the first 0 unit, at most vkCharLenLimit.
 constexpr int vkCharLenLimit = 1024;
