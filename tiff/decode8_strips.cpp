@@ -69,7 +69,7 @@ unsigned int lzwIntegerStrips(Call& call, unsigned char* scratch, uint32_t bytes
     const SampleLayout& L = call.layout;
     if (!scratchCoversChunk(bytes, h.imageWidth, h.rowsPerStrip, h.samplesPerPixel, L.bytesPerSample))
         return vkStatusNoMemory;
-    LZWState state;
+    LZWState state{}; // zeroed: a corrupt stream reading unwritten slots sees zeros, not stale stack
     uint32_t firstRow = 0;
     for (uint32_t s = 0; s < h.stripCount; ++s, firstRow += h.rowsPerStrip) {
         if (!chunkInTable(s))
@@ -101,7 +101,7 @@ unsigned int lzwFloatStrips(Call& call, unsigned char* scratch, uint32_t bytes)
     const uint32_t spp = h.samplesPerPixel;
     if (!scratchCoversChunk(bytes, h.imageWidth, h.rowsPerStrip, spp, floatSampleBytes))
         return vkStatusNoMemory;
-    LZWState state;
+    LZWState state{}; // zeroed: a corrupt stream reading unwritten slots sees zeros, not stale stack
     uint32_t firstRow = 0;
     for (uint32_t s = 0; s < h.stripCount; ++s, firstRow += h.rowsPerStrip) {
         if (!chunkInTable(s))

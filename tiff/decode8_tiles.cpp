@@ -77,7 +77,7 @@ unsigned int lzwTiles(Call& call, unsigned char* scratch, uint32_t bytes)
         return vkStatusNoMemory;
     // Every tile is decoded at its full nominal size, edge tiles included.
     const uint32_t wanted = h.tileWidth * h.tileLength * L.bytesPerPixel;
-    LZWState state;
+    LZWState state{}; // zeroed: a corrupt stream reading unwritten slots sees zeros, not stale stack
     return forEachTile(h, [&](const Tile& tile) {
         if (startChunkLZW(state, call.file, h.stripOffsets[tile.number]) < 0)
             return vkStatusUnsupported;

@@ -2,6 +2,9 @@
 #include "tiff/lzw.h"
 
 #include <cstdint>
+#include <cstring>
+
+#include "tiff/lzw_count.h"
 
 namespace {
 
@@ -61,6 +64,21 @@ struct TiffBits {
         }
         count -= width;
         return int(buffer >> count) & codeMask;
+    }
+    // True once the input is used up and the live bits are all zero: every
+    // code read from here on is 0.
+    bool spent(const LZWState*) const { return pos >= end && count < 8 && (buffer & ((1u << count) - 1)) == 0; }
+    // Reads n zero codes of `width` (> 7) bits at once, as n calls of get
+    // would: each fetches zero bytes until a code fits, so the count ends
+    // below 8, congruent to what it was minus the bits taken.
+    void skipZeroCodes(LZWState* s, int n, int width)
+    {
+        const uint64_t taken = uint64_t(n) * uint64_t(width);
+        const int after = int((uint64_t(count) + 8 - taken % 8) % 8);
+        const uint64_t fetched = (taken + uint64_t(after) - uint64_t(count)) / 8;
+        buffer = fetched >= 4 ? 0 : buffer << (8 * fetched);
+        count = after;
+        s->endOfInput = 1;
     }
 };
 
@@ -149,12 +167,42 @@ struct BlockBits {
         s->codeMask = codeMask;
         return get_code_gif(s);
     }
+    // The accumulator holds live bits only, so it is zero when they are.
+    bool spent(const LZWState* s) const { return s->readPos >= s->readEnd && s->bitCount < 8 && s->bitBuffer == 0; }
+    void skipZeroCodes(LZWState* s, int n, int width)
+    {
+        const uint64_t taken = uint64_t(n) * uint64_t(width);
+        s->bitCount = int((uint64_t(s->bitCount) + 8 - taken % 8) % 8);
+        s->endOfInput = 1;
+    }
 };
+
+// Where decoded bytes go: into the caller's buffer, or nowhere (only counted).
+struct ToBuffer {
+    unsigned char* p;
+    void put(unsigned char b) { *p++ = b; }
+    void zeros(int n)
+    {
+        std::memset(p, 0, size_t(n));
+        p += n;
+    }
+};
+struct Discard {
+    void put(unsigned char) {}
+    void zeros(int) {}
+};
+
+// A table that takes no entry and a width that cannot grow: a root code then
+// changes nothing but the reader.
+inline bool tableIdle(int nextCode, int tableLimit, int growAt, int codeWidth)
+{
+    return (nextCode >= tableLimit || nextCode >= lzwTableSize) && !(nextCode >= growAt && codeWidth < lzwMaxBits);
+}
 
 // The decode loop, with the code reader chosen at compile time so that it is
 // inlined. `pending` is empty whenever a code is read.
-template <class Bits>
-int decodeCodes(LZWState* s, unsigned char* out, const int len)
+template <class Bits, class Out>
+int decodeCodes(LZWState* s, Out out, const int len)
 {
     unsigned char* const base = s->pending;
     unsigned char* const chainEnd = base + chainRoom;
@@ -177,11 +225,19 @@ int decodeCodes(LZWState* s, unsigned char* out, const int len)
 
     // Bytes of a string that did not fit into the previous call's output.
     while (sp > base && remaining > 0) {
-        *out++ = *--sp;
+        out.put(*--sp);
         --remaining;
     }
 
     while (remaining > 0) {
+        // Past the input only zero codes come: with the table idle they are
+        // single zero bytes to the end of the request, taken all at once.
+        if (bits.spent(s) && codeWidth > 7 && tableIdle(nextCode, tableLimit, growAt, codeWidth)) {
+            bits.skipZeroCodes(s, remaining, codeWidth);
+            out.zeros(remaining);
+            remaining = 0;
+            break;
+        }
         int c = bits.get(s, codeWidth, codeMask);
         if (c == endCode) {
             s->endCode = -1;
@@ -202,7 +258,7 @@ int decodeCodes(LZWState* s, unsigned char* out, const int len)
             }
             if (c >= nextCode)
                 c = 0;
-            *out++ = (unsigned char)c;
+            out.put((unsigned char)c);
             --remaining;
             firstChar = prevCode = c;
             continue;
@@ -240,7 +296,7 @@ int decodeCodes(LZWState* s, unsigned char* out, const int len)
 
         if (sp == base) {
             // A root alone: written straight out.
-            *out++ = (unsigned char)code;
+            out.put((unsigned char)code);
             --remaining;
             continue;
         }
@@ -250,7 +306,7 @@ int decodeCodes(LZWState* s, unsigned char* out, const int len)
             n = remaining;
         remaining -= n;
         while (n-- > 0)
-            *out++ = *--sp;
+            out.put(*--sp);
     }
 
     bits.store(s);
@@ -267,7 +323,10 @@ int decodeCodes(LZWState* s, unsigned char* out, const int len)
 
 } // namespace
 
-int ff_lzw_decode(LZWState* s, unsigned char* out, int len)
+namespace {
+
+template <class Out>
+int decodeTo(LZWState* s, Out out, int len)
 {
     if (s->endCode < 0 || len <= 0)
         return 0;
@@ -276,4 +335,21 @@ int ff_lzw_decode(LZWState* s, unsigned char* out, int len)
     if (s->getCode == get_code_gif)
         return decodeCodes<BlockBits>(s, out, len);
     return 0;
+}
+
+} // namespace
+
+int ff_lzw_decode(LZWState* s, unsigned char* out, int len)
+{
+    return decodeTo(s, ToBuffer{out}, len);
+}
+
+int lzwDecodePrefix(LZWState* s, unsigned char* out, int len, int keep)
+{
+    if (keep > len)
+        keep = len;
+    const int stored = keep > 0 ? decodeTo(s, ToBuffer{out}, keep) : 0;
+    if (stored < keep || len <= keep)
+        return stored;
+    return stored + decodeTo(s, Discard{}, len - keep);
 }
