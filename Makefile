@@ -7,8 +7,14 @@ CTEST ?= ctest
 NATIVE := $(BUILD)/native
 M32 := $(BUILD)/m32
 ASAN := $(BUILD)/asan
+TSAN := $(BUILD)/tsan
+FUZZ := $(BUILD)/fuzz
+FUZZ_COVERAGE := $(BUILD)/fuzz-coverage
+FUZZ_SECONDS ?= 60
+CLANG_FUZZ_FLAGS := -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_C_COMPILER=clang -DVKTIFF_BUILD_FUZZERS=ON \
+	-DVKTIFF_BUILD_HOST=OFF -DVKTIFF_BUILD_TESTS=OFF
 
-.PHONY: all native m32 asan run test test-native test-m32 test-asan clean
+.PHONY: all native m32 asan tsan run test test-native test-m32 test-asan test-tsan fuzz fuzz-build fuzz-coverage clean
 
 all: native
 
@@ -42,6 +48,30 @@ test-asan: asan
 	$(CTEST) --test-dir $(ASAN) --output-on-failure -j $(JOBS)
 
 test: test-native test-m32 test-asan
+
+# ThreadSanitizer: decodes on several threads at once, compared with sequential results.
+tsan:
+	$(CMAKE) -S . -B $(TSAN) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVKTIFF_SANITIZE=thread -DVKTIFF_BUILD_HOST=OFF
+	$(CMAKE) --build $(TSAN) -j $(JOBS) --target test_concurrency
+
+test-tsan: tsan
+	$(CTEST) --test-dir $(TSAN) -R '^test_concurrency$$' --output-on-failure
+
+# libFuzzer targets (clang, ASan+UBSan): each runs FUZZ_SECONDS (default 60);
+# new crashers are kept in $(FUZZ)/crashers/<target>/.
+fuzz-build:
+	$(CMAKE) -S . -B $(FUZZ) $(CLANG_FUZZ_FLAGS) -DCMAKE_BUILD_TYPE=RelWithDebInfo "-DVKTIFF_SANITIZE=address;undefined"
+	$(CMAKE) --build $(FUZZ) -j $(JOBS)
+
+fuzz: fuzz-build
+	VKTIFF_TEST_BIN_DIR=$(CURDIR)/$(NATIVE)/tests fuzz/run_fuzzers.sh $(FUZZ) $(FUZZ_SECONDS)
+
+# Line coverage of tiff/ reached by the fuzz corpus (source-based, llvm-cov-14).
+fuzz-coverage:
+	$(CMAKE) -S . -B $(FUZZ_COVERAGE) $(CLANG_FUZZ_FLAGS) -DCMAKE_BUILD_TYPE=Debug \
+		"-DCMAKE_CXX_FLAGS=-fprofile-instr-generate -fcoverage-mapping"
+	$(CMAKE) --build $(FUZZ_COVERAGE) -j $(JOBS)
+	fuzz/coverage.sh $(FUZZ_COVERAGE) $(FUZZ)/corpus
 
 clean:
 	rm -rf $(BUILD) out

@@ -1,7 +1,10 @@
 // tiff_builder.cpp - in-memory TIFF writer and loader for the tests
 #include "tiff_builder.h"
 
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <string>
 
 namespace vktest {
 
@@ -128,8 +131,27 @@ Bytes buildImage(const ImageSpec& spec)
     return b.build();
 }
 
+// With VKTIFF_DUMP_DIR set, every file a test loads is also written there
+// (named by its content), so that the fuzz seed script can collect them.
+static void dumpForSeeds(const Bytes& file, long long loaded)
+{
+    const char* dir = std::getenv("VKTIFF_DUMP_DIR");
+    if (dir == nullptr || file.empty())
+        return;
+    uint64_t hash = 1469598103934665603ull;
+    for (uint8_t b : file)
+        hash = (hash ^ b) * 1099511628211ull;
+    char name[64];
+    std::snprintf(name, sizeof name, "/%016llx_%lld.tif", (unsigned long long)hash, loaded);
+    if (FILE* f = std::fopen((std::string(dir) + name).c_str(), "wb")) {
+        std::fwrite(file.data(), 1, file.size(), f);
+        std::fclose(f);
+    }
+}
+
 LoadedTiff prepareTiff(const Bytes& file, long long loaded)
 {
+    dumpForSeeds(file, loaded);
     LoadedTiff t;
     t.file = std::make_unique<vkP::_imgFileBuffer>(unsigned(file.size()));
     if (!file.empty())
