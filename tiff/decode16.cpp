@@ -28,11 +28,20 @@ unsigned int lzw16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeade
         return vkStatusNoMemory;
     _Rgba16 px = startPixel;
     const uint32_t unitsPerPixel = 2 * l.samples;
+    const Visible v = visibleArea(target);
+    const uint32_t cut = wide::shownReach(l, v, unitsPerPixel, 6, 2, bytes);
+    // A predictor pass sets each unit from units before it in its own row, so
+    // the rows that start below `cut` are all the shown pixels need (with no
+    // samples at all every pass works on the same four units: all rows).
+    const uint64_t rowBytes = uint64_t(l.width) * l.samples * 2;
+    const uint32_t predictorRows =
+        l.samples == 0 || rowBytes == 0 ? l.rowsPerStrip
+                                        : uint32_t(std::min<uint64_t>(l.rowsPerStrip, (cut + rowBytes - 1) / rowBytes));
     return wide::decodeLZWStrips(
-        fb, h, l, bytes, unitsPerPixel, vkStatusUnsupported,
+        fb, h, l, bytes, unitsPerPixel, vkStatusUnsupported, v, cut,
         [&](unsigned char* scratch) {
             if (h.predictor == tiffPredictorHorizontal)
-                wide::undoPredictor16(scratch, l);
+                wide::undoPredictor16(scratch, l, predictorRows);
         },
         [&](const unsigned char* scratch, uint32_t pixel, uint32_t x, uint32_t y) {
             // The pixel stride and channel steps are byte counts applied to
@@ -54,8 +63,10 @@ unsigned int lzwFloat(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHe
     if (!wide::lzwFloatScratchBytes(l, bytes))
         return vkStatusNoMemory;
     _Rgba16 px = startPixel;
+    const Visible v = visibleArea(target);
     return wide::decodeLZWStrips(
-        fb, h, l, bytes, 4 * l.samples, vkStatusCorruptData, [](unsigned char*) {},
+        fb, h, l, bytes, 4 * l.samples, vkStatusCorruptData, v, wide::shownReach(l, v, l.samples, 3, 4, bytes),
+        [](unsigned char*) {},
         [&](const unsigned char* scratch, uint32_t pixel, uint32_t x, uint32_t y) {
             // Decompressed floats are in host order whatever the file's order.
             const uint32_t p = pixel * l.samples;
@@ -95,33 +106,63 @@ unsigned int packBitsFloat(_imgFileBuffer& fb, _imgRGBABuffer16& target, const T
 unsigned int plain16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l)
 {
     _Rgba16 px = startPixel;
-    return wide::decodePlainStrips(h, l, 2 * l.samples, [&](uint32_t base, uint32_t x, uint32_t y) {
-        if (l.alpha)
-            fb.readUint16P(px.a, wide::filePos(base + 6), wide::noSwap);
-        fb.readUint16P(px.b, wide::filePos(base + 4), wide::noSwap);
-        fb.readUint16P(px.g, wide::filePos(base + 2), wide::noSwap);
-        fb.readUint16P(px.r, wide::filePos(base), wide::noSwap);
-        wide::writePixel(target, x, y, px);
-    });
+    const uint32_t stride = 2 * l.samples;
+    return wide::decodePlainStrips(
+        h, l, stride, visibleArea(target),
+        [&](uint32_t base, uint32_t x, uint32_t y) {
+            if (l.alpha)
+                fb.readUint16P(px.a, wide::filePos(base + 6), wide::noSwap);
+            fb.readUint16P(px.b, wide::filePos(base + 4), wide::noSwap);
+            fb.readUint16P(px.g, wide::filePos(base + 2), wide::noSwap);
+            fb.readUint16P(px.r, wide::filePos(base), wide::noSwap);
+            wide::writePixel(target, x, y, px);
+        },
+        [&](uint32_t first, uint64_t count) {
+            const auto channel = [&](unsigned short& value, uint32_t at) {
+                replayLastRead(fb, first + at, stride, 2, count,
+                               [&](uint32_t p) { fb.readUint16P(value, wide::filePos(p), wide::noSwap); });
+            };
+            if (l.alpha)
+                channel(px.a, 6);
+            channel(px.b, 4);
+            channel(px.g, 2);
+            channel(px.r, 0);
+        });
 }
 
 unsigned int plainFloat(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l)
 {
     // Samples are read as 32-bit floats whatever the bits per sample say.
     const uint32_t b = h.bitsPerSample / 8u;
+    const uint32_t stride = b * l.samples;
     _Rgba16 px = startPixel;
     float v = 0.0f;
-    return wide::decodePlainStrips(h, l, b * l.samples, [&](uint32_t base, uint32_t x, uint32_t y) {
-        if (l.alpha && fb.readfloatP(v, wide::filePos(base + 3 * b), wide::noSwap))
-            px.fromFloatA(v);
-        if (fb.readfloatP(v, wide::filePos(base + 2 * b), wide::noSwap))
-            px.fromFloatB(v);
-        if (fb.readfloatP(v, wide::filePos(base + b), wide::noSwap))
-            px.fromFloatG(v);
-        if (fb.readfloatP(v, wide::filePos(base), wide::noSwap))
-            px.fromFloatR(v);
-        wide::writePixel(target, x, y, px);
-    });
+    return wide::decodePlainStrips(
+        h, l, stride, visibleArea(target),
+        [&](uint32_t base, uint32_t x, uint32_t y) {
+            if (l.alpha && fb.readfloatP(v, wide::filePos(base + 3 * b), wide::noSwap))
+                px.fromFloatA(v);
+            if (fb.readfloatP(v, wide::filePos(base + 2 * b), wide::noSwap))
+                px.fromFloatB(v);
+            if (fb.readfloatP(v, wide::filePos(base + b), wide::noSwap))
+                px.fromFloatG(v);
+            if (fb.readfloatP(v, wide::filePos(base), wide::noSwap))
+                px.fromFloatR(v);
+            wide::writePixel(target, x, y, px);
+        },
+        [&](uint32_t first, uint64_t count) {
+            const auto channel = [&](uint32_t at, void (_Rgba16::*set)(const float&)) {
+                replayLastRead(fb, first + at, stride, 4, count, [&](uint32_t p) {
+                    if (fb.readfloatP(v, wide::filePos(p), wide::noSwap))
+                        (px.*set)(v);
+                });
+            };
+            if (l.alpha)
+                channel(3 * b, &_Rgba16::fromFloatA);
+            channel(2 * b, &_Rgba16::fromFloatB);
+            channel(b, &_Rgba16::fromFloatG);
+            channel(0, &_Rgba16::fromFloatR);
+        });
 }
 
 unsigned int decode16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h)

@@ -11,6 +11,7 @@
 #include "shared/image/pixel.h"
 #include "shared/image/rgba_buffer.h"
 #include "tiff/tiff_header.h"
+#include "tiff/visible.h"
 
 // Decode every strip, or every tile, of the first directory into call->target.
 // Both return 1, 4, 7 or 14. `scratch` belongs to imgDecode8: it is null on
@@ -85,6 +86,28 @@ void readBytePixel(Call& call, const unsigned char* at);
 // loaded data, below 2 GiB: such a chunk is read straight from the buffer,
 // with exactly the bytes the positional reads would deliver.
 bool chunkFullyLoaded(const Call& call, uint32_t offset, uint64_t pixels);
+
+// For a run of `count` pixels the target does not show, the first at file
+// position `first` (plus high-byte index), pixelStride bytes apart: leaves in
+// call.pixel what reading them one by one would (each channel from the last
+// pixel whose read of it succeeds), in time independent of count.
+void skipFilePixels(Call& call, uint32_t first, uint32_t pixelStride, uint64_t count);
+
+// The same for the float samples of the uncompressed float path.
+void skipFloatFilePixels(Call& call, uint32_t first, uint32_t pixelStride, uint64_t count);
+
+// Samples per pixel from which a row's predictor and pixel reads touch no
+// sample of a later row but that row's first: rows can then be left undone
+// below the last row a target shows.
+constexpr uint32_t rowsApartSamples = 3;
+
+// Bytes of a decoded chunk that its first `rows` rows (of rowBytes) and their
+// pixel reads and predictor reach: every row, with the samples one pixel may
+// read or the predictor may carry past a row's end.
+inline uint64_t rowsReach(uint64_t rows, uint64_t rowBytes, uint32_t bytesPerSample)
+{
+    return rows * rowBytes + 4 * uint64_t(bytesPerSample) + 2;
+}
 
 // One float sample as a channel byte: NaN and <= 0 give 0, >= 1 gives 255,
 // others v * 255 truncated.

@@ -17,7 +17,8 @@ class StripSink {
 public:
     StripSink(Call& call, uint32_t firstRow)
         : call_(call), firstRow_(firstRow),
-          rowSamples_(call.header.imageWidth * call.header.samplesPerPixel) // 32-bit, wrapping
+          rowSamples_(call.header.imageWidth * call.header.samplesPerPixel), // 32-bit, wrapping
+          noWrap_(indicesStayBelow4G(call.header, firstRow))
     {}
 
     void place(unsigned char v)
@@ -40,10 +41,48 @@ public:
         return firstRow_ + row_ >= call_.header.imageLength || row_ >= call_.header.rowsPerStrip;
     }
 
+    // Moves the counters on as `places` calls of place would.
+    void advance(uint32_t places)
+    {
+        if (rowSamples_ == 0) {
+            if (places != 0) {
+                row_ += places;
+                sample_ = 0;
+            }
+            return;
+        }
+        const uint64_t total = uint64_t(sample_) + places;
+        row_ += uint32_t(total / rowSamples_);
+        sample_ = uint32_t(total % rowSamples_);
+    }
+
+    // True when no later byte of this strip can land in the target: every
+    // index from the current row on starts at or past its channels, and
+    // cannot wrap back below them.
+    bool idle() const
+    {
+        const uint64_t width = call_.header.imageWidth;
+        return noWrap_ && (uint64_t(firstRow_) + row_) * width >= call_.target.capacity;
+    }
+
 private:
+    // A strip writes rows up to rowsPerStrip, and one packet (at most 129
+    // samples) may run on past the last; each row's samples reach at most
+    // samplesPerPixel pixels further. True when all those indices fit in 32 bits.
+    static bool indicesStayBelow4G(const TiffHeader& h, uint32_t firstRow)
+    {
+        if (h.imageWidth == 0)
+            return false;
+        const uint64_t rows = uint64_t(firstRow) + h.rowsPerStrip + packetRunOn;
+        const uint64_t pixels = rows * h.imageWidth + uint64_t(h.imageWidth) * h.samplesPerPixel;
+        return pixels < (uint64_t(1) << 30);
+    }
+    static constexpr uint64_t packetRunOn = 130; // rows one packet of 129 samples may cross, plus one
+
     Call& call_;
     uint32_t firstRow_;
     uint32_t rowSamples_;
+    bool noWrap_;
     uint32_t row_ = 0;
     uint32_t sample_ = 0;
 };
@@ -80,7 +119,12 @@ unsigned int packBitsInteger(Call& call)
                     sink.place(v);
                 ++byteCount;
             },
-            [&] { return sink.done(); });
+            [&] { return sink.done(); }, [&] { return sink.idle(); },
+            [&](int n) {
+                sink.advance(L.bytesPerSample == 1 ? uint32_t(n)
+                                                   : countCongruent(byteCount, n, L.bytesPerSample, L.highByte));
+                byteCount += uint32_t(n);
+            });
     });
 }
 
@@ -106,7 +150,11 @@ unsigned int packBitsFloat(Call& call)
                 v = floatToByte(f);
                 sink.place(v);
             },
-            [&] { return sink.done(); });
+            [&] { return sink.done(); }, [&] { return sink.idle(); },
+            [&](int n) {
+                sink.advance(countCongruent(byteCount, n, floatSampleBytes, floatSampleBytes - 1));
+                byteCount += uint32_t(n);
+            });
     });
 }
 

@@ -62,6 +62,38 @@ bool chunkFullyLoaded(const Call& call, uint32_t offset, uint64_t pixels)
     return last <= uint64_t(INT_MAX) && (long long)last < loaded;
 }
 
+void skipFilePixels(Call& call, uint32_t first, uint32_t pixelStride, uint64_t count)
+{
+    const uint32_t step = call.layout.bytesPerSample;
+    const auto channel = [&](unsigned char& value, uint32_t offset) {
+        replayLastRead(call.file, first + offset, pixelStride, 1, count,
+                       [&](uint32_t p) { call.file.readUint8P(value, filePosition(p)); });
+    };
+    if (call.layout.alpha)
+        channel(call.pixel.a, 3 * step);
+    channel(call.pixel.b, 2 * step);
+    channel(call.pixel.g, step);
+    channel(call.pixel.r, 0);
+}
+
+void skipFloatFilePixels(Call& call, uint32_t first, uint32_t pixelStride, uint64_t count)
+{
+    const uint32_t step = call.layout.bytesPerSample;
+    const bool hostOrder = false;
+    const auto channel = [&](uint32_t offset, void (vkP::_Rgba8::*set)(const float&)) {
+        replayLastRead(call.file, first + offset, pixelStride, floatSampleBytes, count, [&](uint32_t p) {
+            float v = 0;
+            if (call.file.readfloatP(v, filePosition(p), hostOrder))
+                (call.pixel.*set)(v);
+        });
+    };
+    if (call.layout.alpha)
+        channel(3 * step, &vkP::_Rgba8::fromFloatA);
+    channel(2 * step, &vkP::_Rgba8::fromFloatB);
+    channel(step, &vkP::_Rgba8::fromFloatG);
+    channel(0, &vkP::_Rgba8::fromFloatR);
+}
+
 void readBytePixel(Call& call, const unsigned char* at)
 {
     const uint32_t step = call.layout.bytesPerSample;

@@ -3,6 +3,7 @@
 
 #include "tiff/decode8.h"
 #include "tiff/decode_common.h"
+#include "tiff/lzw_count.h"
 
 using namespace decode8;
 
@@ -11,23 +12,34 @@ namespace {
 unsigned int uncompressedInteger(Call& call)
 {
     const TiffHeader& h = call.header;
+    const SampleLayout& L = call.layout;
+    const Visible v = visibleArea(call.target);
     uint32_t firstRow = 0;
     for (uint32_t s = 0; s < h.stripCount; ++s, firstRow += h.rowsPerStrip) {
         if (!chunkInTable(s))
             return vkStatusCorruptData;
         const uint32_t offset = h.stripOffsets[s];
         const uint32_t rows = firstRow < h.imageLength ? stripRows(h, firstRow) : 0;
+        const auto skipped = [&](uint64_t j, uint64_t count) {
+            skipFilePixels(call, offset + uint32_t(j) * L.bytesPerPixel + L.highByte, L.bytesPerPixel, count);
+        };
         if (chunkFullyLoaded(call, offset, uint64_t(rows) * h.imageWidth)) {
             const unsigned char* strip = call.file.buffer + offset;
-            forStripPixels(h, firstRow, [&](uint32_t x, uint32_t r, uint32_t y) {
-                readBytePixel(call, strip + (x + r * h.imageWidth) * call.layout.bytesPerPixel + call.layout.highByte);
-                call.target.write(int(x), int(y), call.pixel);
-            });
+            walkStripPixels(
+                h.imageWidth, rows, firstRow, v,
+                [&](uint32_t x, uint32_t r) {
+                    readBytePixel(call, strip + (x + r * h.imageWidth) * L.bytesPerPixel + L.highByte);
+                    call.target.write(int(x), int(firstRow + r), call.pixel);
+                },
+                skipped);
         } else {
-            forStripPixels(h, firstRow, [&](uint32_t x, uint32_t r, uint32_t y) {
-                readFilePixel(call, offset + (x + r * h.imageWidth) * call.layout.bytesPerPixel + call.layout.highByte);
-                call.target.write(int(x), int(y), call.pixel);
-            });
+            walkStripPixels(
+                h.imageWidth, rows, firstRow, v,
+                [&](uint32_t x, uint32_t r) {
+                    readFilePixel(call, offset + (x + r * h.imageWidth) * L.bytesPerPixel + L.highByte);
+                    call.target.write(int(x), int(firstRow + r), call.pixel);
+                },
+                skipped);
         }
     }
     return vkStatusOk;
@@ -38,30 +50,45 @@ unsigned int uncompressedFloat(Call& call)
 {
     const TiffHeader& h = call.header;
     const uint32_t step = call.layout.bytesPerSample;
+    const uint32_t stride = call.layout.bytesPerPixel;
     const bool hostOrder = false; // so that a read swaps exactly when the file is big-endian
+    const Visible v = visibleArea(call.target);
     uint32_t firstRow = 0;
     for (uint32_t s = 0; s < h.stripCount; ++s, firstRow += h.rowsPerStrip) {
         if (!chunkInTable(s))
             return vkStatusCorruptData;
         const uint32_t offset = h.stripOffsets[s];
-        forStripPixels(h, firstRow, [&](uint32_t x, uint32_t r, uint32_t y) {
-            const uint32_t p = offset + (x + r * h.imageWidth) * call.layout.bytesPerPixel;
-            float v = 0;
-            if (call.layout.alpha && call.file.readfloatP(v, filePosition(p + 3 * step), hostOrder))
-                call.pixel.fromFloatA(v);
-            if (call.file.readfloatP(v, filePosition(p + 2 * step), hostOrder))
-                call.pixel.fromFloatB(v);
-            if (call.file.readfloatP(v, filePosition(p + step), hostOrder))
-                call.pixel.fromFloatG(v);
-            if (call.file.readfloatP(v, filePosition(p), hostOrder))
-                call.pixel.fromFloatR(v);
-            call.target.write(int(x), int(y), call.pixel);
-        });
+        const uint32_t rows = firstRow < h.imageLength ? stripRows(h, firstRow) : 0;
+        walkStripPixels(
+            h.imageWidth, rows, firstRow, v,
+            [&](uint32_t x, uint32_t r) {
+                const uint32_t p = offset + (x + r * h.imageWidth) * stride;
+                float f = 0;
+                if (call.layout.alpha && call.file.readfloatP(f, filePosition(p + 3 * step), hostOrder))
+                    call.pixel.fromFloatA(f);
+                if (call.file.readfloatP(f, filePosition(p + 2 * step), hostOrder))
+                    call.pixel.fromFloatB(f);
+                if (call.file.readfloatP(f, filePosition(p + step), hostOrder))
+                    call.pixel.fromFloatG(f);
+                if (call.file.readfloatP(f, filePosition(p), hostOrder))
+                    call.pixel.fromFloatR(f);
+                call.target.write(int(x), int(firstRow + r), call.pixel);
+            },
+            [&](uint64_t j, uint64_t count) {
+                skipFloatFilePixels(call, offset + uint32_t(j) * stride, stride, count);
+            });
     }
     return vkStatusOk;
 }
 
 bool shortDecode(int got, uint32_t wanted) { return got < 0 || uint32_t(got) != wanted; }
+
+// True while a strip after the one starting at firstRow may start again at a
+// row the target shows: only when the 32-bit first row wraps on the way.
+bool wrapAhead(uint32_t firstRow, uint32_t rowsPerStrip, uint32_t stripsLeft)
+{
+    return uint64_t(firstRow) + uint64_t(rowsPerStrip) * stripsLeft > UINT32_MAX;
+}
 
 unsigned int lzwIntegerStrips(Call& call, unsigned char* scratch, uint32_t bytes)
 {
@@ -69,6 +96,10 @@ unsigned int lzwIntegerStrips(Call& call, unsigned char* scratch, uint32_t bytes
     const SampleLayout& L = call.layout;
     if (!scratchCoversChunk(bytes, h.imageWidth, h.rowsPerStrip, h.samplesPerPixel, L.bytesPerSample))
         return vkStatusNoMemory;
+    const Visible v = visibleArea(call.target);
+    const uint32_t columns = std::min(h.imageWidth, v.columns);
+    const bool rowsApart = h.samplesPerPixel >= rowsApartSamples;
+    const uint64_t rowBytes = uint64_t(h.imageWidth) * L.bytesPerPixel;
     LZWState state{}; // zeroed: a corrupt stream reading unwritten slots sees zeros, not stale stack
     uint32_t firstRow = 0;
     for (uint32_t s = 0; s < h.stripCount; ++s, firstRow += h.rowsPerStrip) {
@@ -81,16 +112,33 @@ unsigned int lzwIntegerStrips(Call& call, unsigned char* scratch, uint32_t bytes
         if (int32_t(h.stripByteCounts[s]) < 1)
             return vkStatusCorruptData;
         const uint32_t wanted = L.bytesPerPixel * h.imageWidth * stripRows(h, firstRow);
-        std::memset(scratch, 0, bytes);
-        if (shortDecode(ff_lzw_decode(&state, scratch, int(wanted)), wanted))
+        const uint32_t rows = firstRow < h.imageLength ? stripRows(h, firstRow) : 0;
+        const uint32_t shown = columns == 0 ? 0 : rowsShown(v, firstRow, rows);
+        // The scratch is zeroed and refilled for every strip, so a strip the
+        // target does not show matters only by its status: its length.
+        if (shown == 0 && rowsApart) {
+            if (shortDecode(lzwDecodePrefix(&state, scratch, int(wanted), 0), wanted))
+                return vkStatusCorruptData;
+            continue;
+        }
+        // Only the bytes that the shown rows read are kept (all of them when
+        // rows are not apart); those past the decoded data read as zeros.
+        const uint32_t reach = rowsApart ? uint32_t(std::min<uint64_t>(bytes, rowsReach(shown, rowBytes, L.bytesPerSample)))
+                                         : bytes;
+        const uint32_t keep = std::min(wanted, reach);
+        std::memset(scratch + keep, 0, reach - keep);
+        if (shortDecode(lzwDecodePrefix(&state, scratch, int(wanted), int(keep)), wanted))
             return vkStatusCorruptData;
-        // Over the full nominal strip: the rows a short last strip lacks are zeros.
+        // Over the full nominal strip (the rows a short last strip lacks are
+        // zeros), or over the shown rows where rows are apart.
         if (h.predictor == tiffPredictorHorizontal)
-            undoPredictor(scratch, h.imageWidth, h.rowsPerStrip, h.samplesPerPixel, L.alpha, L.bytesPerSample);
-        forStripPixels(h, firstRow, [&](uint32_t x, uint32_t r, uint32_t y) {
-            readBytePixel(call, scratch + (x + r * h.imageWidth) * L.bytesPerPixel + L.highByte);
-            call.target.write(int(x), int(y), call.pixel);
-        });
+            undoPredictor(scratch, h.imageWidth, rowsApart ? shown : h.rowsPerStrip, h.samplesPerPixel, L.alpha,
+                          L.bytesPerSample);
+        for (uint32_t r = 0; r < shown; ++r)
+            for (uint32_t x = 0; x < columns; ++x) {
+                readBytePixel(call, scratch + (x + r * h.imageWidth) * L.bytesPerPixel + L.highByte);
+                call.target.write(int(x), int(firstRow + r), call.pixel);
+            }
     }
     return vkStatusOk;
 }
@@ -101,6 +149,16 @@ unsigned int lzwFloatStrips(Call& call, unsigned char* scratch, uint32_t bytes)
     const uint32_t spp = h.samplesPerPixel;
     if (!scratchCoversChunk(bytes, h.imageWidth, h.rowsPerStrip, spp, floatSampleBytes))
         return vkStatusNoMemory;
+    const Visible v = visibleArea(call.target);
+    const uint32_t columns = std::min(h.imageWidth, v.columns);
+    // Strips are decoded without a fill, so a pixel read past a strip's data
+    // sees what an earlier strip left: every strip that may be read from keeps
+    // the bytes any shown pixel reads (`cut`), the others only count theirs.
+    const uint32_t shownRows = std::min(h.rowsPerStrip, v.rows);
+    const uint64_t lastFloat = (uint64_t(shownRows) - 1) * h.imageWidth + columns - 1;
+    const uint32_t cut = columns == 0 || shownRows == 0
+                             ? 0
+                             : uint32_t(std::min<uint64_t>(bytes, (lastFloat * spp + 4) * floatSampleBytes));
     LZWState state{}; // zeroed: a corrupt stream reading unwritten slots sees zeros, not stale stack
     uint32_t firstRow = 0;
     for (uint32_t s = 0; s < h.stripCount; ++s, firstRow += h.rowsPerStrip) {
@@ -110,20 +168,25 @@ unsigned int lzwFloatStrips(Call& call, unsigned char* scratch, uint32_t bytes)
             return vkStatusUnsupported;
         // Neither zero-filled nor checked against the strip's byte count.
         const uint32_t wanted = floatSampleBytes * spp * h.imageWidth * stripRows(h, firstRow);
-        if (shortDecode(ff_lzw_decode(&state, scratch, int(wanted)), wanted))
+        const uint32_t rows = firstRow < h.imageLength ? stripRows(h, firstRow) : 0;
+        const uint32_t shown = columns == 0 ? 0 : rowsShown(v, firstRow, rows);
+        const bool readLater = columns != 0 && wrapAhead(firstRow, h.rowsPerStrip, h.stripCount - 1 - s);
+        const uint32_t keep = shown != 0 || readLater ? std::min(wanted, cut) : 0;
+        if (shortDecode(lzwDecodePrefix(&state, scratch, int(wanted), int(keep)), wanted))
             return vkStatusCorruptData;
-        forStripPixels(h, firstRow, [&](uint32_t x, uint32_t r, uint32_t y) {
-            // Decoded floats are taken in host order, without a swap for big-endian files.
-            const unsigned char* at = scratch + (x + r * h.imageWidth) * spp * floatSampleBytes;
-            float v[4];
-            std::memcpy(v, at, sizeof v);
-            if (call.layout.alpha)
-                call.pixel.fromFloatA(v[3]);
-            call.pixel.fromFloatB(v[2]);
-            call.pixel.fromFloatG(v[1]);
-            call.pixel.fromFloatR(v[0]);
-            call.target.write(int(x), int(y), call.pixel);
-        });
+        for (uint32_t r = 0; r < shown; ++r)
+            for (uint32_t x = 0; x < columns; ++x) {
+                // Decoded floats are taken in host order, without a swap for big-endian files.
+                const unsigned char* at = scratch + (x + r * h.imageWidth) * spp * floatSampleBytes;
+                float f[4];
+                std::memcpy(f, at, sizeof f);
+                if (call.layout.alpha)
+                    call.pixel.fromFloatA(f[3]);
+                call.pixel.fromFloatB(f[2]);
+                call.pixel.fromFloatG(f[1]);
+                call.pixel.fromFloatR(f[0]);
+                call.target.write(int(x), int(firstRow + r), call.pixel);
+            }
     }
     return vkStatusOk;
 }

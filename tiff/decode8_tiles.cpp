@@ -3,6 +3,7 @@
 
 #include "tiff/decode8.h"
 #include "tiff/decode_common.h"
+#include "tiff/lzw_count.h"
 
 using namespace decode8;
 
@@ -35,36 +36,101 @@ unsigned int forEachTile(const TiffHeader& h, PerTile&& perTile)
     return vkStatusOk;
 }
 
-// Pixels of a tile that lie inside the image, pixel columns i outer and rows
-// j inner: at(i, j, x, y). The padding of partial edge tiles on the right and
-// at the bottom is skipped.
-template <class PixelAt>
-void forTilePixels(const TiffHeader& h, const Tile& tile, PixelAt&& at)
+// Columns and rows of a tile that lie inside the image: the padding of
+// partial edge tiles on the right and at the bottom is skipped.
+struct TileExtent {
+    uint32_t columns;
+    uint32_t rows;
+};
+
+TileExtent tileExtent(const TiffHeader& h, const Tile& tile)
 {
     const uint64_t columns = tile.left >= h.imageWidth ? 0 : std::min<uint64_t>(h.tileWidth, h.imageWidth - tile.left);
     const uint64_t rows = tile.top >= h.imageLength ? 0 : std::min<uint64_t>(h.tileLength, h.imageLength - tile.top);
-    for (uint32_t i = 0; i < columns; ++i)
-        for (uint32_t j = 0; j < rows; ++j)
-            at(i, j, int(tile.left + i), int(tile.top + j));
+    return {uint32_t(columns), uint32_t(rows)};
+}
+
+// The part of a tile's extent that the target shows: leading columns and rows.
+TileExtent tileShown(const Visible& v, const Tile& tile, const TileExtent& e)
+{
+    const uint32_t columns = tile.left >= v.columns ? 0 : uint32_t(std::min<uint64_t>(e.columns, v.columns - tile.left));
+    const uint32_t rows = tile.top >= v.rows ? 0 : uint32_t(std::min<uint64_t>(e.rows, v.rows - tile.top));
+    return columns == 0 || rows == 0 ? TileExtent{0, 0} : TileExtent{columns, rows};
+}
+
+// The last pixel, in the walk's order (columns i outer, rows j inner), of
+// columns i0 .. e.columns - 1 whose read of `width` bytes at
+// first + j * rowStride + i * pixelStride succeeds. Searches along whichever
+// side of the block is shorter.
+bool lastReadableInBlock(const vkP::_imgFileBuffer& fb, uint32_t first, uint32_t pixelStride, uint32_t rowStride,
+                         uint32_t width, uint32_t i0, const TileExtent& e, uint32_t& lastI, uint32_t& lastJ)
+{
+    if (i0 >= e.columns || e.rows == 0)
+        return false;
+    if (e.columns - i0 <= e.rows) {
+        for (uint32_t i = e.columns; i-- > i0;) {
+            uint64_t j = 0;
+            if (lastReadable(fb, first + i * pixelStride, rowStride, width, e.rows - 1, j)) {
+                lastI = i;
+                lastJ = uint32_t(j);
+                return true;
+            }
+        }
+        return false;
+    }
+    bool found = false;
+    for (uint32_t j = 0; j < e.rows; ++j) {
+        uint64_t k = 0;
+        if (lastReadable(fb, first + i0 * pixelStride + j * rowStride, pixelStride, width, e.columns - 1 - i0, k) &&
+            (!found || i0 + uint32_t(k) >= lastI)) {
+            found = true;
+            lastI = i0 + uint32_t(k);
+            lastJ = j;
+        }
+    }
+    return found;
 }
 
 unsigned int uncompressedTiles(Call& call)
 {
     const TiffHeader& h = call.header;
+    const SampleLayout& L = call.layout;
+    const Visible v = visibleArea(call.target);
+    const uint32_t rowStride = h.tileWidth * L.bytesPerPixel; // wraps like the positions
     return forEachTile(h, [&](const Tile& tile) {
         const uint32_t offset = h.stripOffsets[tile.number];
-        if (chunkFullyLoaded(call, offset, uint64_t(h.tileWidth) * h.tileLength)) {
-            const unsigned char* data = call.file.buffer + offset;
-            forTilePixels(h, tile, [&](uint32_t i, uint32_t j, int x, int y) {
-                readBytePixel(call, data + (j * h.tileWidth + i) * call.layout.bytesPerPixel + call.layout.highByte);
-                call.target.write(x, y, call.pixel);
-            });
-        } else {
-            forTilePixels(h, tile, [&](uint32_t i, uint32_t j, int x, int y) {
-                readFilePixel(call, offset + (j * h.tileWidth + i) * call.layout.bytesPerPixel + call.layout.highByte);
-                call.target.write(x, y, call.pixel);
-            });
+        const TileExtent e = tileExtent(h, tile);
+        const TileExtent shown = tileShown(v, tile, e);
+        const bool direct = chunkFullyLoaded(call, offset, uint64_t(h.tileWidth) * h.tileLength);
+        const auto pixelAt = [&](uint32_t i, uint32_t j) {
+            if (direct)
+                readBytePixel(call, call.file.buffer + offset + (j * h.tileWidth + i) * L.bytesPerPixel + L.highByte);
+            else
+                readFilePixel(call, offset + (j * h.tileWidth + i) * L.bytesPerPixel + L.highByte);
+        };
+        for (uint32_t i = 0; i < shown.columns; ++i) {
+            for (uint32_t j = 0; j < shown.rows; ++j) {
+                pixelAt(i, j);
+                call.target.write(int(tile.left + i), int(tile.top + j), call.pixel);
+            }
+            // The rest of the column, below what the target shows.
+            skipFilePixels(call, offset + (shown.rows * h.tileWidth + i) * L.bytesPerPixel + L.highByte, rowStride,
+                           e.rows - shown.rows);
         }
+        // Columns right of what the target shows: each channel from the last
+        // pixel of the walk whose read of it succeeds.
+        const uint32_t step = L.bytesPerSample;
+        const auto channel = [&](unsigned char& value, uint32_t at) {
+            uint32_t i = 0, j = 0;
+            if (lastReadableInBlock(call.file, offset + at + L.highByte, L.bytesPerPixel, rowStride, 1, shown.columns, e,
+                                    i, j))
+                call.file.readUint8P(value, filePosition(offset + (j * h.tileWidth + i) * L.bytesPerPixel + L.highByte + at));
+        };
+        if (L.alpha)
+            channel(call.pixel.a, 3 * step);
+        channel(call.pixel.b, 2 * step);
+        channel(call.pixel.g, step);
+        channel(call.pixel.r, 0);
         return vkStatusOk;
     });
 }
@@ -75,6 +141,9 @@ unsigned int lzwTiles(Call& call, unsigned char* scratch, uint32_t bytes)
     const SampleLayout& L = call.layout;
     if (!scratchCoversChunk(bytes, h.tileWidth, h.tileLength, h.samplesPerPixel, L.bytesPerSample))
         return vkStatusNoMemory;
+    const Visible v = visibleArea(call.target);
+    const bool rowsApart = h.samplesPerPixel >= rowsApartSamples;
+    const uint64_t rowBytes = uint64_t(h.tileWidth) * L.bytesPerPixel;
     // Every tile is decoded at its full nominal size, edge tiles included.
     const uint32_t wanted = h.tileWidth * h.tileLength * L.bytesPerPixel;
     LZWState state{}; // zeroed: a corrupt stream reading unwritten slots sees zeros, not stale stack
@@ -83,17 +152,29 @@ unsigned int lzwTiles(Call& call, unsigned char* scratch, uint32_t bytes)
             return vkStatusUnsupported;
         if (int32_t(h.stripByteCounts[tile.number]) < 1)
             return vkStatusCorruptData;
-        std::memset(scratch, 0, bytes);
-        const int got = ff_lzw_decode(&state, scratch, int(wanted));
+        const TileExtent shown = tileShown(v, tile, tileExtent(h, tile));
+        // Each tile is decoded into a freshly zeroed scratch, so a tile the
+        // target does not show matters only by its status: its length.
+        if (shown.rows == 0 && rowsApart) {
+            const int got = lzwDecodePrefix(&state, scratch, int(wanted), 0);
+            return got < 0 || uint32_t(got) != wanted ? vkStatusCorruptData : vkStatusOk;
+        }
+        const uint32_t reach =
+            rowsApart ? uint32_t(std::min<uint64_t>(bytes, rowsReach(shown.rows, rowBytes, L.bytesPerSample))) : bytes;
+        const uint32_t keep = std::min(wanted, reach);
+        std::memset(scratch + keep, 0, reach - keep);
+        const int got = lzwDecodePrefix(&state, scratch, int(wanted), int(keep));
         if (got < 0 || uint32_t(got) != wanted)
             return vkStatusCorruptData;
         // Within the tile only: differences never cross tile borders.
         if (h.predictor == tiffPredictorHorizontal)
-            undoPredictor(scratch, h.tileWidth, h.tileLength, h.samplesPerPixel, L.alpha, L.bytesPerSample);
-        forTilePixels(h, tile, [&](uint32_t i, uint32_t j, int x, int y) {
-            readBytePixel(call, scratch + (j * h.tileWidth + i) * L.bytesPerPixel + L.highByte);
-            call.target.write(x, y, call.pixel);
-        });
+            undoPredictor(scratch, h.tileWidth, rowsApart ? shown.rows : h.tileLength, h.samplesPerPixel, L.alpha,
+                          L.bytesPerSample);
+        for (uint32_t i = 0; i < shown.columns; ++i)
+            for (uint32_t j = 0; j < shown.rows; ++j) {
+                readBytePixel(call, scratch + (j * h.tileWidth + i) * L.bytesPerPixel + L.highByte);
+                call.target.write(int(tile.left + i), int(tile.top + j), call.pixel);
+            }
         return vkStatusOk;
     });
 }

@@ -21,8 +21,10 @@ unsigned int lzwFloat(_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffHea
     if (!wide::lzwFloatScratchBytes(l, bytes))
         return vkStatusNoMemory;
     _Rgbaf px = startPixel;
+    const Visible v = visibleArea(target);
     return wide::decodeLZWStrips(
-        fb, h, l, bytes, 4 * l.samples, vkStatusCorruptData, [](unsigned char*) {},
+        fb, h, l, bytes, 4 * l.samples, vkStatusCorruptData, v, wide::shownReach(l, v, l.samples, 3, 4, bytes),
+        [](unsigned char*) {},
         [&](const unsigned char* scratch, uint32_t pixel, uint32_t x, uint32_t y) {
             // Decompressed floats are in host order whatever the file's order.
             const uint32_t p = pixel * l.samples;
@@ -53,15 +55,29 @@ unsigned int plainFloat(_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffH
 {
     // Samples are read as 32-bit floats whatever the bits per sample say.
     const uint32_t b = h.bitsPerSample / 8u;
+    const uint32_t stride = b * l.samples;
     _Rgbaf px = startPixel;
-    return wide::decodePlainStrips(h, l, b * l.samples, [&](uint32_t base, uint32_t x, uint32_t y) {
-        if (l.alpha)
-            fb.readfloatP(px.a, wide::filePos(base + 3 * b), wide::noSwap);
-        fb.readfloatP(px.b, wide::filePos(base + 2 * b), wide::noSwap);
-        fb.readfloatP(px.g, wide::filePos(base + b), wide::noSwap);
-        fb.readfloatP(px.r, wide::filePos(base), wide::noSwap);
-        wide::writePixel(target, x, y, px);
-    });
+    return wide::decodePlainStrips(
+        h, l, stride, visibleArea(target),
+        [&](uint32_t base, uint32_t x, uint32_t y) {
+            if (l.alpha)
+                fb.readfloatP(px.a, wide::filePos(base + 3 * b), wide::noSwap);
+            fb.readfloatP(px.b, wide::filePos(base + 2 * b), wide::noSwap);
+            fb.readfloatP(px.g, wide::filePos(base + b), wide::noSwap);
+            fb.readfloatP(px.r, wide::filePos(base), wide::noSwap);
+            wide::writePixel(target, x, y, px);
+        },
+        [&](uint32_t first, uint64_t count) {
+            const auto channel = [&](float& value, uint32_t at) {
+                replayLastRead(fb, first + at, stride, 4, count,
+                               [&](uint32_t p) { fb.readfloatP(value, wide::filePos(p), wide::noSwap); });
+            };
+            if (l.alpha)
+                channel(px.a, 3 * b);
+            channel(px.b, 2 * b);
+            channel(px.g, b);
+            channel(px.r, 0);
+        });
 }
 
 unsigned int decodef(_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffHeader& h)

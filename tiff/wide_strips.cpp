@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "tiff/lzw_count.h"
+
 namespace wide {
 
 namespace {
@@ -64,21 +66,21 @@ bool lzwFloatScratchBytes(const StripLayout& l, uint32_t& bytes)
     return scratchBytesFor(l, 4, l.samples, 3, 4, bytes);
 }
 
-int decodeChunk(LZWState& state, unsigned char* out, uint32_t expected)
+int decodeChunk(LZWState& state, unsigned char* out, uint32_t expected, uint32_t keep)
 {
     // An empty strip asks nothing of the decoder: a request of 0 bytes would
     // not bound what a data code writes.
     if (expected == 0)
         return 0;
-    return ff_lzw_decode(&state, out, int(expected));
+    return lzwDecodePrefix(&state, out, int(expected), int(keep));
 }
 
-void undoPredictor16(unsigned char* scratch, const StripLayout& l)
+void undoPredictor16(unsigned char* scratch, const StripLayout& l, uint32_t rows)
 {
     if (l.width < 2)
         return;
     const uint32_t channels = l.alpha ? 4 : 3;
-    for (uint32_t row = 0; row < l.rowsPerStrip; ++row) {
+    for (uint32_t row = 0; row < rows; ++row) {
         for (uint32_t x = 1; x < l.width; ++x) {
             const uint32_t pixel = (x + row * l.width) * l.samples;
             for (uint32_t c = 0; c < channels; ++c) {

@@ -12,6 +12,7 @@
 #include "tiff/decode_common.h"
 #include "tiff/lzw.h"
 #include "tiff/tiff_header.h"
+#include "tiff/visible.h"
 
 namespace wide {
 
@@ -54,13 +55,26 @@ uint32_t lzwStripBytes(const StripLayout& l, uint32_t bytesPerPixel, uint32_t y0
 bool lzw16ScratchBytes(const StripLayout& l, uint32_t& bytes);
 bool lzwFloatScratchBytes(const StripLayout& l, uint32_t& bytes);
 
-// Decodes `expected` bytes of the started chunk into out and returns the count
-// delivered, as ff_lzw_decode does.
-int decodeChunk(LZWState& state, unsigned char* out, uint32_t expected);
+// Decodes `expected` bytes of the started chunk and returns the count
+// delivered, as ff_lzw_decode does, storing only the first `keep` in out.
+int decodeChunk(LZWState& state, unsigned char* out, uint32_t expected, uint32_t keep);
 
-// Undoes horizontal differencing on 16-bit host-order units over all R rows of
-// the strip scratch: samples 0..2 of each pixel, and 3 with the alpha flag.
-void undoPredictor16(unsigned char* scratch, const StripLayout& l);
+// Undoes horizontal differencing on 16-bit host-order units over the first
+// `rows` rows of the strip scratch: samples 0..2 of each pixel, and 3 with the
+// alpha flag.
+void undoPredictor16(unsigned char* scratch, const StripLayout& l, uint32_t rows);
+
+// Samples per pixel from which a row's pixel reads and predictor reach no
+// sample of a later row but that row's first, so that rows below those a
+// target shows can be left undone.
+constexpr uint32_t rowsApartSamples = 3;
+
+// True while a strip after the one starting at y0 may start again at a row a
+// target shows: only when the 32-bit first row wraps on the way.
+inline bool wrapAhead(const StripLayout& l, uint32_t y0, uint32_t stripsLeft)
+{
+    return uint64_t(y0) + uint64_t(l.rowsPerStrip) * stripsLeft > UINT32_MAX;
+}
 
 inline uint16_t unitAt(const unsigned char* scratch, uint32_t unit)
 {
@@ -111,11 +125,15 @@ unsigned int runStripDecode(Call* call, Body&& body)
 // (also when there are no strips), then per strip starts the decoder at the
 // strip's offset (refusal: vkStatusUnsupported), decodes lzwStripBytes (another
 // count: `shortStatus`), calls afterDecode(scratch) and emit(scratch, x + r × W,
-// x, y0 + r) for every pixel of the strip's rows.
+// x, y0 + r) for every pixel of the strip's rows that `v` shows. Strips are
+// decoded without a fill, so a pixel read past a strip's data sees what an
+// earlier strip left: every strip that a shown pixel may read from keeps the
+// first `cut` bytes of its data (the most any shown pixel and afterDecode
+// reach), the others are only decoded for their length.
 template <class AfterDecode, class Emit>
 unsigned int decodeLZWStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, const StripLayout& l,
-                             uint32_t scratchBytes, uint32_t bytesPerPixel, unsigned int shortStatus,
-                             AfterDecode&& afterDecode, Emit&& emit)
+                             uint32_t scratchBytes, uint32_t bytesPerPixel, unsigned int shortStatus, const Visible& v,
+                             uint32_t cut, AfterDecode&& afterDecode, Emit&& emit)
 {
     std::unique_ptr<unsigned char[]> scratch(new (std::nothrow) unsigned char[scratchBytes]);
     if (!scratch)
@@ -124,6 +142,7 @@ unsigned int decodeLZWStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, const
     // zeros, or what an earlier strip of the same call left there.
     std::memset(scratch.get(), 0, scratchBytes);
     LZWState state{}; // zeroed: a corrupt stream reading unwritten slots sees zeros, not stale stack
+    const uint32_t columns = std::min(l.width, v.columns);
     uint32_t y0 = 0;
     for (uint32_t s = 0; s < l.strips; ++s, y0 += l.rowsPerStrip) { // y0 wraps like the header's 32-bit rows
         if (!stripInTable(s))
@@ -131,15 +150,33 @@ unsigned int decodeLZWStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, const
         if (startChunkLZW(state, fb, h.stripOffsets[s]) < 0)
             return vkStatusUnsupported;
         const uint32_t expected = lzwStripBytes(l, bytesPerPixel, y0);
-        if (decodeChunk(state, scratch.get(), expected) != int(expected))
+        const uint32_t shown = columns == 0 ? 0 : rowsShown(v, y0, rowsOfStrip(l, y0));
+        const bool readLater = shown != 0 || (columns != 0 && wrapAhead(l, y0, l.strips - 1 - s));
+        const uint32_t keep = readLater ? std::min(expected, cut) : 0;
+        if (decodeChunk(state, scratch.get(), expected, keep) != int(expected))
             return shortStatus;
+        if (!readLater)
+            continue;
         afterDecode(scratch.get());
-        const uint32_t rows = rowsOfStrip(l, y0);
-        for (uint32_t r = 0; r < rows; ++r)
-            for (uint32_t x = 0; x < l.width; ++x)
+        for (uint32_t r = 0; r < shown; ++r)
+            for (uint32_t x = 0; x < columns; ++x)
                 emit(static_cast<const unsigned char*>(scratch.get()), x + r * l.width, x, y0 + r);
     }
     return vkStatusOk;
+}
+
+// The bytes of an LZW strip scratch that the shown pixels of any strip read:
+// up to unit lastUnit (of unitBytes) past the first unit of the farthest shown
+// pixel, pixels pixelUnits apart; at most scratchBytes.
+inline uint32_t shownReach(const StripLayout& l, const Visible& v, uint64_t pixelUnits, uint32_t lastUnit,
+                           uint32_t unitBytes, uint32_t scratchBytes)
+{
+    const uint32_t columns = std::min(l.width, v.columns);
+    const uint32_t rows = std::min(l.rowsPerStrip, v.rows);
+    if (columns == 0 || rows == 0)
+        return 0;
+    const uint64_t farthest = (uint64_t(rows) - 1) * l.width + columns - 1;
+    return uint32_t(std::min<uint64_t>(scratchBytes, ((farthest * pixelUnits) + lastUnit + 1) * unitBytes));
 }
 
 // PackBits strips: per strip, seeks to its offset and walks packets until the
@@ -166,6 +203,18 @@ unsigned int decodePackBitsStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, 
         uint32_t r = 0;
         uint32_t c = 0;
         uint32_t count = 0;
+        const auto nextSample = [&] {
+            if (++c >= rowSamples) {
+                ++r;
+                c = 0;
+            }
+        };
+        // Indices grow with the row unless they can wrap: a strip whose rows
+        // (and one packet's run-on of at most 129 samples) stay below 2^30
+        // pixels has nothing more to store once its row starts past the target.
+        const uint64_t reachPixels =
+            (uint64_t(y0) + l.rowsPerStrip + 130) * l.width + uint64_t(l.width) * l.samples;
+        const bool noWrap = l.width != 0 && reachPixels < (uint64_t(1) << 30);
         walkPackBits(
             fb,
             [&](unsigned char byte) {
@@ -176,31 +225,46 @@ unsigned int decodePackBitsStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, 
                 const uint32_t index = ((y0 + r) * l.width + c / perPixel) * 4 + c % perPixel; // wraps at 32 bits
                 if (index < channels)
                     store(index, static_cast<const unsigned char*>(sample));
-                if (++c >= rowSamples) {
-                    ++r;
-                    c = 0;
-                }
+                nextSample();
             },
-            [&] { return y0 + r >= l.length || r >= l.rowsPerStrip; });
+            [&] { return y0 + r >= l.length || r >= l.rowsPerStrip; },
+            [&] { return noWrap && (uint64_t(y0) + r) * l.width * 4 >= channels; },
+            [&](int n) {
+                const uint32_t samples = countCongruent(count, n, N, N - 1);
+                count += uint32_t(n);
+                if (rowSamples == 0) {
+                    if (samples != 0) {
+                        r += samples;
+                        c = 0;
+                    }
+                    return;
+                }
+                const uint64_t total = uint64_t(c) + samples;
+                r += uint32_t(total / rowSamples);
+                c = uint32_t(total % rowSamples);
+            });
     }
     return vkStatusOk;
 }
 
 // Uncompressed strips: pixel(base, x, y) for every pixel of every strip's
-// rows, base = strip offset + (x + r × W) × stride, in 32-bit arithmetic that
-// wraps; the file buffer refuses what then lies outside the loaded data.
-template <class Pixel>
-unsigned int decodePlainStrips(const TiffHeader& h, const StripLayout& l, uint32_t stride, Pixel&& pixel)
+// rows that `v` shows, base = strip offset + (x + r × W) × stride, in 32-bit
+// arithmetic that wraps (the file buffer refuses what then lies outside the
+// loaded data); skipped(first, count) for each run of pixels in between, the
+// first at position `first`, `stride` apart, in the plain loop's order.
+template <class Pixel, class Skipped>
+unsigned int decodePlainStrips(const TiffHeader& h, const StripLayout& l, uint32_t stride, const Visible& v,
+                               Pixel&& pixel, Skipped&& skipped)
 {
     uint32_t y0 = 0;
     for (uint32_t s = 0; s < l.strips; ++s, y0 += l.rowsPerStrip) {
         if (!stripInTable(s))
             return vkStatusCorruptData;
         const uint32_t offset = h.stripOffsets[s];
-        const uint32_t rows = rowsOfStrip(l, y0);
-        for (uint32_t r = 0; r < rows; ++r)
-            for (uint32_t x = 0; x < l.width; ++x)
-                pixel(offset + (x + r * l.width) * stride, x, y0 + r);
+        walkStripPixels(
+            l.width, rowsOfStrip(l, y0), y0, v,
+            [&](uint32_t x, uint32_t r) { pixel(offset + (x + r * l.width) * stride, x, y0 + r); },
+            [&](uint64_t j, uint64_t count) { skipped(offset + uint32_t(j) * stride, count); });
     }
     return vkStatusOk;
 }
