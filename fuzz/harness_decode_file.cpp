@@ -41,6 +41,7 @@ struct Depthf {
 
 struct Decoded {
     unsigned int status = 0;
+    long long position = 0; // where the decode left the file buffer's read position
     uint32_t width = 0;
     std::vector<uint8_t> pixels;
     const uint8_t* at(uint32_t x, uint32_t y, size_t pixelBytes) const
@@ -75,6 +76,7 @@ Decoded decodeInto(Loaded& l, uint32_t width, uint32_t height)
     typename D::Record record{&l.file, &target, &l.header};
     Decoded out;
     out.status = D::decode(&record);
+    out.position = l.file.bufPosition;
     out.width = width;
     out.pixels.assign(target.pixels, target.pixels + size_t(target.capacity) * D::pixelBytes);
     return out;
@@ -104,6 +106,7 @@ void decodeAndCompare(Loaded& l, uint8_t shape)
     const uint32_t rows = uint32_t(shape % 8) * h / 8;
     const Decoded fewerRows = decodeInto<D>(l, w, rows);
     fuzzCheck(fewerRows.status == full.status, "status depends on the target's height");
+    fuzzCheck(fewerRows.position == full.position, "read position depends on the target's height");
     if (rows != 0)
         fuzzCheck(std::memcmp(fewerRows.pixels.data(), full.pixels.data(), size_t(w) * rows * D::pixelBytes) == 0,
                   "pixels depend on the target's height");
@@ -112,6 +115,7 @@ void decodeAndCompare(Loaded& l, uint8_t shape)
     const uint32_t colRows = (h + 1) / 2;
     const Decoded fewerCols = decodeInto<D>(l, cols, colRows);
     fuzzCheck(fewerCols.status == full.status, "status depends on the target's width");
+    fuzzCheck(fewerCols.position == full.position, "read position depends on the target's width");
     for (uint32_t y = 0; y < colRows && !indexed; ++y)
         for (uint32_t x = 0; x < cols; ++x)
             fuzzCheck(std::memcmp(fewerCols.at(x, y, D::pixelBytes), full.at(x, y, D::pixelBytes), D::pixelBytes) == 0,
