@@ -13,8 +13,13 @@ FUZZ_COVERAGE := $(BUILD)/fuzz-coverage
 FUZZ_SECONDS ?= 60
 CLANG_FUZZ_FLAGS := -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_C_COMPILER=clang -DVKTIFF_BUILD_FUZZERS=ON \
 	-DVKTIFF_BUILD_HOST=OFF -DVKTIFF_BUILD_TESTS=OFF
+BENCH := $(BUILD)/bench
+# Extra arguments for the benchmark program, e.g. BENCH_ARGS=--benchmark_filter=lzw
+BENCH_ARGS ?=
+# An earlier results.json whose plug-in figures are shown beside the new ones
+BENCH_BEFORE ?=
 
-.PHONY: all native m32 asan tsan run test test-native test-m32 test-asan test-tsan fuzz fuzz-build fuzz-coverage clean
+.PHONY: all native m32 asan tsan run test test-native test-m32 test-asan test-tsan fuzz fuzz-build fuzz-coverage bench clean
 
 all: native
 
@@ -72,6 +77,16 @@ fuzz-coverage:
 		"-DCMAKE_CXX_FLAGS=-fprofile-instr-generate -fcoverage-mapping"
 	$(CMAKE) --build $(FUZZ_COVERAGE) -j $(JOBS)
 	fuzz/coverage.sh $(FUZZ_COVERAGE) $(FUZZ)/corpus
+
+# Decode speed beside libtiff on generated 4096 x 4096 images (Release, -O2,
+# native); writes the table with the machine it ran on to BENCHMARKS.md.
+bench:
+	$(CMAKE) -S . -B $(BENCH) -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_FLAGS_RELEASE="-O2 -DNDEBUG" \
+		-DVKTIFF_BUILD_BENCH=ON -DVKTIFF_BUILD_TESTS=OFF -DVKTIFF_BUILD_HOST=OFF
+	$(CMAKE) --build $(BENCH) -j $(JOBS) --target vktiff_bench bench_inputs
+	$(BENCH)/bench/vktiff_bench --benchmark_repetitions=3 --benchmark_out=$(BENCH)/results.json \
+		--benchmark_out_format=json $(BENCH_ARGS)
+	/usr/bin/python3 bench/write_table.py $(BENCH) $(BENCH_BEFORE) > BENCHMARKS.md
 
 clean:
 	rm -rf $(BUILD) out

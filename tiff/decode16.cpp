@@ -1,6 +1,7 @@
 // decode16.cpp - imgDecode16: strips of 16-bit or float samples (none, LZW, PackBits) into a 16-bit RGBA buffer
 #include "plugin/entry_points.h"
 #include "shared/image/rgba_buffer.h"
+#include "tiff/wide_fast.h"
 #include "tiff/wide_strips.h"
 
 namespace {
@@ -21,7 +22,8 @@ unsigned short narrow(float v)
     return p.r;
 }
 
-unsigned int lzw16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l)
+unsigned int lzw16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l,
+                   DecodePath path)
 {
     uint32_t bytes = 0;
     if (!wide::lzw16ScratchBytes(l, bytes))
@@ -38,7 +40,7 @@ unsigned int lzw16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeade
         l.samples == 0 || rowBytes == 0 ? l.rowsPerStrip
                                         : uint32_t(std::min<uint64_t>(l.rowsPerStrip, (cut + rowBytes - 1) / rowBytes));
     return wide::decodeLZWStrips(
-        fb, h, l, bytes, unitsPerPixel, vkStatusUnsupported, v, cut,
+        fb, h, l, bytes, unitsPerPixel, vkStatusUnsupported, v, cut, path,
         [&](unsigned char* scratch) {
             if (h.predictor == tiffPredictorHorizontal)
                 wide::undoPredictor16(scratch, l, predictorRows);
@@ -54,10 +56,21 @@ unsigned int lzw16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeade
             if (l.alpha)
                 px.a = wide::unitAt(scratch, base + 6);
             wide::writePixel(target, x, y, px);
+        },
+        [&](const unsigned char* scratch, uint32_t y0, uint32_t rows) {
+            wide::storeStripRows(target, l, y0, rows, px, [&](uint32_t pixel, _Rgba16& p) {
+                const uint32_t base = pixel * unitsPerPixel;
+                p.r = wide::unitAt(scratch, base);
+                p.g = wide::unitAt(scratch, base + 2);
+                p.b = wide::unitAt(scratch, base + 4);
+                if (l.alpha)
+                    p.a = wide::unitAt(scratch, base + 6);
+            });
         });
 }
 
-unsigned int lzwFloat(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l)
+unsigned int lzwFloat(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l,
+                      DecodePath path)
 {
     uint32_t bytes = 0;
     if (!wide::lzwFloatScratchBytes(l, bytes))
@@ -65,7 +78,7 @@ unsigned int lzwFloat(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHe
     _Rgba16 px = startPixel;
     const Visible v = visibleArea(target);
     return wide::decodeLZWStrips(
-        fb, h, l, bytes, 4 * l.samples, vkStatusCorruptData, v, wide::shownReach(l, v, l.samples, 3, 4, bytes),
+        fb, h, l, bytes, 4 * l.samples, vkStatusCorruptData, v, wide::shownReach(l, v, l.samples, 3, 4, bytes), path,
         [](unsigned char*) {},
         [&](const unsigned char* scratch, uint32_t pixel, uint32_t x, uint32_t y) {
             // Decompressed floats are in host order whatever the file's order.
@@ -76,6 +89,16 @@ unsigned int lzwFloat(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHe
             px.fromFloatG(wide::floatAt(scratch, p + 1));
             px.fromFloatR(wide::floatAt(scratch, p));
             wide::writePixel(target, x, y, px);
+        },
+        [&](const unsigned char* scratch, uint32_t y0, uint32_t rows) {
+            wide::storeStripRows(target, l, y0, rows, px, [&](uint32_t pixel, _Rgba16& q) {
+                const uint32_t p = pixel * l.samples;
+                if (l.alpha)
+                    q.a = wide::narrow16(wide::floatAt(scratch, p + 3));
+                q.b = wide::narrow16(wide::floatAt(scratch, p + 2));
+                q.g = wide::narrow16(wide::floatAt(scratch, p + 1));
+                q.r = wide::narrow16(wide::floatAt(scratch, p));
+            });
         });
 }
 
@@ -103,7 +126,8 @@ unsigned int packBitsFloat(_imgFileBuffer& fb, _imgRGBABuffer16& target, const T
                                       });
 }
 
-unsigned int plain16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l)
+unsigned int plain16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l,
+                     DecodePath path)
 {
     _Rgba16 px = startPixel;
     const uint32_t stride = 2 * l.samples;
@@ -127,10 +151,27 @@ unsigned int plain16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHea
             channel(px.b, 4);
             channel(px.g, 2);
             channel(px.r, 0);
+        },
+        [&](uint32_t offset, uint32_t y0, uint32_t rows) {
+            if (path != DecodePath::fast ||
+                !wide::plainStripLoaded(fb, offset, uint64_t(rows) * l.width, stride, l.alpha ? 8 : 6))
+                return false;
+            const unsigned char* strip = fb.buffer + offset;
+            const bool swap = fb.dataBigEndian; // the reads swap exactly for big-endian files
+            wide::storeStripRows(target, l, y0, rows, px, [&](uint32_t pixel, _Rgba16& p) {
+                const unsigned char* at = strip + size_t(pixel) * stride;
+                if (l.alpha)
+                    p.a = wide::load16(at + 6, swap);
+                p.b = wide::load16(at + 4, swap);
+                p.g = wide::load16(at + 2, swap);
+                p.r = wide::load16(at, swap);
+            });
+            return true;
         });
 }
 
-unsigned int plainFloat(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l)
+unsigned int plainFloat(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l,
+                        DecodePath path)
 {
     // Samples are read as 32-bit floats whatever the bits per sample say.
     const uint32_t b = h.bitsPerSample / 8u;
@@ -162,10 +203,26 @@ unsigned int plainFloat(_imgFileBuffer& fb, _imgRGBABuffer16& target, const Tiff
             channel(2 * b, &_Rgba16::fromFloatB);
             channel(b, &_Rgba16::fromFloatG);
             channel(0, &_Rgba16::fromFloatR);
+        },
+        [&](uint32_t offset, uint32_t y0, uint32_t rows) {
+            const uint32_t reach = (l.alpha ? 3 * b : 2 * b) + 4;
+            if (path != DecodePath::fast || !wide::plainStripLoaded(fb, offset, uint64_t(rows) * l.width, stride, reach))
+                return false;
+            const unsigned char* strip = fb.buffer + offset;
+            const bool swap = fb.dataBigEndian;
+            wide::storeStripRows(target, l, y0, rows, px, [&](uint32_t pixel, _Rgba16& p) {
+                const unsigned char* at = strip + size_t(pixel) * stride;
+                if (l.alpha)
+                    p.a = wide::narrow16(wide::loadFloat(at + 3 * b, swap));
+                p.b = wide::narrow16(wide::loadFloat(at + 2 * b, swap));
+                p.g = wide::narrow16(wide::loadFloat(at + b, swap));
+                p.r = wide::narrow16(wide::loadFloat(at, swap));
+            });
+            return true;
         });
 }
 
-unsigned int decode16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h)
+unsigned int decode16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, DecodePath path)
 {
     const StripLayout l = wide::stripLayout(h, target.alpha);
     const unsigned int bits = h.bitsPerSample;
@@ -175,9 +232,9 @@ unsigned int decode16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHe
         if (bits == 8)
             return vkStatusOk;
         if (bits == 16)
-            return lzw16(fb, target, h, l);
+            return lzw16(fb, target, h, l, path);
         if (bits == 32)
-            return lzwFloat(fb, target, h, l);
+            return lzwFloat(fb, target, h, l, path);
         return vkStatusUnsupported;
     case tiffCompressionPackBits:
         if (bits == 8)
@@ -186,7 +243,7 @@ unsigned int decode16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHe
     case tiffCompressionNone:
         if (bits == 8)
             return vkStatusOk;
-        return bits == 16 ? plain16(fb, target, h, l) : plainFloat(fb, target, h, l);
+        return bits == 16 ? plain16(fb, target, h, l, path) : plainFloat(fb, target, h, l, path);
     default:
         return vkStatusUnsupported;
     }
@@ -194,7 +251,14 @@ unsigned int decode16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHe
 
 } // namespace
 
+unsigned int decodeImage16(vkP::_dataIMG_Decode16* call, DecodePath path)
+{
+    return wide::runStripDecode(call, [path](_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h) {
+        return decode16(fb, target, h, path);
+    });
+}
+
 extern "C" unsigned int imgDecode16(vkP::_dataIMG_Decode16* call)
 {
-    return wide::runStripDecode(call, decode16);
+    return decodeImage16(call, DecodePath::fast);
 }

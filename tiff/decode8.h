@@ -10,6 +10,7 @@
 #include "shared/image/file_buffer.h"
 #include "shared/image/pixel.h"
 #include "shared/image/rgba_buffer.h"
+#include "tiff/decode_path.h"
 #include "tiff/tiff_header.h"
 #include "tiff/visible.h"
 
@@ -17,8 +18,11 @@
 // Both return 1, 4, 7 or 14. `scratch` belongs to imgDecode8: it is null on
 // entry, and null again on every return these make (the LZW paths allocate it
 // and free it themselves); imgDecode8 frees what an exception leaves behind.
-unsigned int imgDecode8_stripes(vkP::_dataIMG_Decode8* call, TiffHeader* header, unsigned char*& scratch);
-unsigned int imgDecode8_tiles(vkP::_dataIMG_Decode8* call, TiffHeader* header, unsigned char*& scratch);
+// `path` chooses between the plain path and the fast paths (decode_path.h).
+unsigned int imgDecode8_stripes(vkP::_dataIMG_Decode8* call, TiffHeader* header, unsigned char*& scratch,
+                                DecodePath path);
+unsigned int imgDecode8_tiles(vkP::_dataIMG_Decode8* call, TiffHeader* header, unsigned char*& scratch,
+                              DecodePath path);
 
 namespace decode8 {
 
@@ -45,9 +49,10 @@ struct Call {
     // Set once per call and then only overwritten channel by channel: a
     // channel never read stays light grey (204), alpha opaque.
     vkP::_Rgba8 pixel;
+    DecodePath path;
 };
 
-Call makeCall(vkP::_dataIMG_Decode8& record, const TiffHeader& header);
+Call makeCall(vkP::_dataIMG_Decode8& record, const TiffHeader& header, DecodePath path);
 
 inline bool isIntegerDepth(unsigned short bitsPerSample) { return bitsPerSample == 8 || bitsPerSample == 16; }
 

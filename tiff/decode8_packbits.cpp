@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "tiff/decode8.h"
+#include "tiff/decode8_fast.h"
 #include "tiff/decode_common.h"
 
 namespace decode8 {
@@ -108,6 +109,8 @@ unsigned int forEachStrip(Call& call, StripWalk&& walk)
 
 unsigned int packBitsInteger(Call& call)
 {
+    if (call.path == DecodePath::fast && packBitsInTarget(call))
+        return packBitsIntegerFast(call);
     const SampleLayout& L = call.layout;
     return forEachStrip(call, [&](StripSink& sink) {
         uint32_t byteCount = 0;
@@ -130,6 +133,8 @@ unsigned int packBitsInteger(Call& call)
 
 unsigned int packBitsFloat(Call& call)
 {
+    if (call.path == DecodePath::fast && packBitsInTarget(call))
+        return packBitsFloatFast(call);
     return forEachStrip(call, [&](StripSink& sink) {
         uint32_t byteCount = 0;
         unsigned char staging[floatSampleBytes] = {0, 0, 0, 0};

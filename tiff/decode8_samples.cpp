@@ -21,10 +21,10 @@ SampleLayout sampleLayout(const TiffHeader& header, const vkP::_imgRGBABuffer8& 
     return layout;
 }
 
-Call makeCall(vkP::_dataIMG_Decode8& record, const TiffHeader& header)
+Call makeCall(vkP::_dataIMG_Decode8& record, const TiffHeader& header, DecodePath path)
 {
     return Call{*record.fileBuffer, *record.target, header, sampleLayout(header, *record.target),
-                vkP::_Rgba8{204, 204, 204, 255}};
+                vkP::_Rgba8{204, 204, 204, 255}, path};
 }
 
 bool chunkScratchBytes(uint32_t width, uint32_t rows, uint32_t bytesPerSample, uint32_t samplesPerPixel,

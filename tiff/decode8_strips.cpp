@@ -2,8 +2,10 @@
 #include <cstring>
 
 #include "tiff/decode8.h"
+#include "tiff/decode8_fast.h"
 #include "tiff/decode_common.h"
 #include "tiff/lzw_count.h"
+#include "tiff/lzw_strip.h"
 
 using namespace decode8;
 
@@ -20,6 +22,14 @@ unsigned int uncompressedInteger(Call& call)
             return vkStatusCorruptData;
         const uint32_t offset = h.stripOffsets[s];
         const uint32_t rows = firstRow < h.imageLength ? stripRows(h, firstRow) : 0;
+        if (call.path == DecodePath::fast && blockInTarget(call.target, 0, firstRow, h.imageWidth, rows) &&
+            chunkFullyLoaded(call, offset, uint64_t(rows) * h.imageWidth)) {
+            const unsigned char* strip = call.file.buffer + offset;
+            for (uint32_t r = 0; r < rows; ++r)
+                emitRow(call, strip + size_t(r) * h.imageWidth * L.bytesPerPixel + L.highByte, h.imageWidth, 0,
+                        firstRow + r);
+            continue;
+        }
         const auto skipped = [&](uint64_t j, uint64_t count) {
             skipFilePixels(call, offset + uint32_t(j) * L.bytesPerPixel + L.highByte, L.bytesPerPixel, count);
         };
@@ -59,6 +69,13 @@ unsigned int uncompressedFloat(Call& call)
             return vkStatusCorruptData;
         const uint32_t offset = h.stripOffsets[s];
         const uint32_t rows = firstRow < h.imageLength ? stripRows(h, firstRow) : 0;
+        if (call.path == DecodePath::fast && blockInTarget(call.target, 0, firstRow, h.imageWidth, rows) &&
+            floatChunkFullyLoaded(call, offset, uint64_t(rows) * h.imageWidth)) {
+            for (uint32_t r = 0; r < rows; ++r)
+                emitFloatRow(call, call.file.buffer + offset + size_t(r) * h.imageWidth * stride, h.imageWidth,
+                             firstRow + r);
+            continue;
+        }
         walkStripPixels(
             h.imageWidth, rows, firstRow, v,
             [&](uint32_t x, uint32_t r) {
@@ -113,6 +130,21 @@ unsigned int lzwIntegerStrips(Call& call, unsigned char* scratch, uint32_t bytes
             return vkStatusCorruptData;
         const uint32_t wanted = L.bytesPerPixel * h.imageWidth * stripRows(h, firstRow);
         const uint32_t rows = firstRow < h.imageLength ? stripRows(h, firstRow) : 0;
+        // A strip wholly in the target: decoded whole, its rows emitted as
+        // they are undone. A full decode overwrites the first `wanted` bytes,
+        // so only the rest that the rows may read is cleared (all of it when
+        // rows are not apart), as on the plain path.
+        if (call.path == DecodePath::fast && wanted <= bytes &&
+            blockInTarget(call.target, 0, firstRow, h.imageWidth, rows)) {
+            const uint64_t reach = rowsApart ? std::min<uint64_t>(bytes, rowsReach(rows, rowBytes, L.bytesPerSample))
+                                             : bytes;
+            if (reach > wanted)
+                std::memset(scratch + wanted, 0, size_t(reach - wanted));
+            if (shortDecode(decodeLzwChunk(state, scratch, int(wanted), call.path), wanted))
+                return vkStatusCorruptData;
+            emitLzwStrip(call, scratch, firstRow);
+            continue;
+        }
         const uint32_t shown = columns == 0 ? 0 : rowsShown(v, firstRow, rows);
         // The scratch is zeroed and refilled for every strip, so a strip the
         // target does not show matters only by its status: its length.
@@ -217,9 +249,10 @@ unsigned int lzwFloat(Call& call, unsigned char*& scratch)
 
 } // namespace
 
-unsigned int imgDecode8_stripes(vkP::_dataIMG_Decode8* record, TiffHeader* header, unsigned char*& scratch)
+unsigned int imgDecode8_stripes(vkP::_dataIMG_Decode8* record, TiffHeader* header, unsigned char*& scratch,
+                                DecodePath path)
 {
-    Call call = makeCall(*record, *header);
+    Call call = makeCall(*record, *header, path);
     const bool integer = isIntegerDepth(header->bitsPerSample);
     switch (header->compression) {
     case tiffCompressionLZW:

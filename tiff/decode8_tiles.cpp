@@ -2,8 +2,10 @@
 #include <cstring>
 
 #include "tiff/decode8.h"
+#include "tiff/decode8_fast.h"
 #include "tiff/decode_common.h"
 #include "tiff/lzw_count.h"
+#include "tiff/lzw_strip.h"
 
 using namespace decode8;
 
@@ -91,6 +93,14 @@ bool lastReadableInBlock(const vkP::_imgFileBuffer& fb, uint32_t first, uint32_t
     return found;
 }
 
+// The fast path takes a tile whose kept pixels all lie in the target: they
+// never share an index, so storing them row by row instead of column by
+// column gives the same pixels, and the same last pixel.
+bool fastTile(const Call& call, const Tile& tile, const TileExtent& e)
+{
+    return call.path == DecodePath::fast && blockInTarget(call.target, tile.left, tile.top, e.columns, e.rows);
+}
+
 unsigned int uncompressedTiles(Call& call)
 {
     const TiffHeader& h = call.header;
@@ -102,6 +112,13 @@ unsigned int uncompressedTiles(Call& call)
         const TileExtent e = tileExtent(h, tile);
         const TileExtent shown = tileShown(v, tile, e);
         const bool direct = chunkFullyLoaded(call, offset, uint64_t(h.tileWidth) * h.tileLength);
+        if (direct && fastTile(call, tile, e)) {
+            const size_t tileRowBytes = size_t(h.tileWidth) * L.bytesPerPixel;
+            for (uint32_t j = 0; j < e.rows; ++j)
+                emitRow(call, call.file.buffer + offset + j * tileRowBytes + L.highByte, e.columns, uint32_t(tile.left),
+                        uint32_t(tile.top + j));
+            return vkStatusOk;
+        }
         const auto pixelAt = [&](uint32_t i, uint32_t j) {
             if (direct)
                 readBytePixel(call, call.file.buffer + offset + (j * h.tileWidth + i) * L.bytesPerPixel + L.highByte);
@@ -152,7 +169,26 @@ unsigned int lzwTiles(Call& call, unsigned char* scratch, uint32_t bytes)
             return vkStatusUnsupported;
         if (int32_t(h.stripByteCounts[tile.number]) < 1)
             return vkStatusCorruptData;
-        const TileExtent shown = tileShown(v, tile, tileExtent(h, tile));
+        const TileExtent e = tileExtent(h, tile);
+        if (fastTile(call, tile, e) && wanted <= bytes) {
+            // A full decode overwrites the first `wanted` bytes, so only the rest is cleared.
+            std::memset(scratch + wanted, 0, bytes - wanted);
+            const int got = decodeLzwChunk(state, scratch, int(wanted), call.path);
+            if (got < 0 || uint32_t(got) != wanted)
+                return vkStatusCorruptData;
+            const bool predicted = h.predictor == tiffPredictorHorizontal;
+            if (predicted && !predictorByRows(h.samplesPerPixel))
+                undoPredictor(scratch, h.tileWidth, h.tileLength, h.samplesPerPixel, L.alpha, L.bytesPerSample);
+            for (uint32_t j = 0; j < e.rows; ++j) {
+                unsigned char* row = scratch + j * size_t(rowBytes);
+                if (predicted && predictorByRows(h.samplesPerPixel))
+                    emitPredictedRow(call, row, h.tileWidth, e.columns, uint32_t(tile.left), uint32_t(tile.top + j));
+                else
+                    emitRow(call, row + L.highByte, e.columns, uint32_t(tile.left), uint32_t(tile.top + j));
+            }
+            return vkStatusOk;
+        }
+        const TileExtent shown = tileShown(v, tile, e);
         // Each tile is decoded into a freshly zeroed scratch, so a tile the
         // target does not show matters only by its status: its length.
         if (shown.rows == 0 && rowsApart) {
@@ -192,12 +228,13 @@ unsigned int lzwTilesWithScratch(Call& call, unsigned char*& scratch)
 
 } // namespace
 
-unsigned int imgDecode8_tiles(vkP::_dataIMG_Decode8* record, TiffHeader* header, unsigned char*& scratch)
+unsigned int imgDecode8_tiles(vkP::_dataIMG_Decode8* record, TiffHeader* header, unsigned char*& scratch,
+                              DecodePath path)
 {
     // Tiled float images and tiled PackBits are not read.
     if (!isIntegerDepth(header->bitsPerSample))
         return vkStatusUnsupported;
-    Call call = makeCall(*record, *header);
+    Call call = makeCall(*record, *header, path);
     if (header->compression == tiffCompressionNone)
         return uncompressedTiles(call);
     if (header->compression == tiffCompressionLZW)

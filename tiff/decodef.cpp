@@ -1,6 +1,7 @@
 // decodef.cpp - imgDecodef: strips of float samples (none, LZW, PackBits) stored unchanged into a float RGBA buffer
 #include "plugin/entry_points.h"
 #include "shared/image/rgba_buffer.h"
+#include "tiff/wide_fast.h"
 #include "tiff/wide_strips.h"
 
 namespace {
@@ -15,7 +16,8 @@ using wide::StripLayout;
 // 16-bit decoder (0xCCCC is 0.8 of full scale), kept by channels never read.
 constexpr _Rgbaf startPixel{0.8f, 0.8f, 0.8f, 1.0f};
 
-unsigned int lzwFloat(_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffHeader& h, const StripLayout& l)
+unsigned int lzwFloat(_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffHeader& h, const StripLayout& l,
+                      DecodePath path)
 {
     uint32_t bytes = 0;
     if (!wide::lzwFloatScratchBytes(l, bytes))
@@ -24,7 +26,7 @@ unsigned int lzwFloat(_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffHea
     const Visible v = visibleArea(target);
     return wide::decodeLZWStrips(
         fb, h, l, bytes, 4 * l.samples, vkStatusCorruptData, v, wide::shownReach(l, v, l.samples, 3, 4, bytes),
-        [](unsigned char*) {},
+        path, [](unsigned char*) {},
         [&](const unsigned char* scratch, uint32_t pixel, uint32_t x, uint32_t y) {
             // Decompressed floats are in host order whatever the file's order.
             const uint32_t p = pixel * l.samples;
@@ -34,6 +36,16 @@ unsigned int lzwFloat(_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffHea
             px.g = wide::floatAt(scratch, p + 1);
             px.r = wide::floatAt(scratch, p);
             wide::writePixel(target, x, y, px);
+        },
+        [&](const unsigned char* scratch, uint32_t y0, uint32_t rows) {
+            wide::storeStripRows(target, l, y0, rows, px, [&](uint32_t pixel, _Rgbaf& q) {
+                const uint32_t p = pixel * l.samples;
+                if (l.alpha)
+                    q.a = wide::floatAt(scratch, p + 3);
+                q.b = wide::floatAt(scratch, p + 2);
+                q.g = wide::floatAt(scratch, p + 1);
+                q.r = wide::floatAt(scratch, p);
+            });
         });
 }
 
@@ -51,7 +63,8 @@ unsigned int packBitsFloat(_imgFileBuffer& fb, _imgRGBABufferf& target, const Ti
                                       });
 }
 
-unsigned int plainFloat(_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffHeader& h, const StripLayout& l)
+unsigned int plainFloat(_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffHeader& h, const StripLayout& l,
+                        DecodePath path)
 {
     // Samples are read as 32-bit floats whatever the bits per sample say.
     const uint32_t b = h.bitsPerSample / 8u;
@@ -77,10 +90,26 @@ unsigned int plainFloat(_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffH
             channel(px.b, 2 * b);
             channel(px.g, b);
             channel(px.r, 0);
+        },
+        [&](uint32_t offset, uint32_t y0, uint32_t rows) {
+            const uint32_t reach = (l.alpha ? 3 * b : 2 * b) + 4;
+            if (path != DecodePath::fast || !wide::plainStripLoaded(fb, offset, uint64_t(rows) * l.width, stride, reach))
+                return false;
+            const unsigned char* strip = fb.buffer + offset;
+            const bool swap = fb.dataBigEndian;
+            wide::storeStripRows(target, l, y0, rows, px, [&](uint32_t pixel, _Rgbaf& p) {
+                const unsigned char* at = strip + size_t(pixel) * stride;
+                if (l.alpha)
+                    wide::loadFloat(p.a, at + 3 * b, swap);
+                wide::loadFloat(p.b, at + 2 * b, swap);
+                wide::loadFloat(p.g, at + b, swap);
+                wide::loadFloat(p.r, at, swap);
+            });
+            return true;
         });
 }
 
-unsigned int decodef(_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffHeader& h)
+unsigned int decodef(_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffHeader& h, DecodePath path)
 {
     const unsigned int c = h.compression;
     if (c != tiffCompressionLZW && c != tiffCompressionPackBits && c != tiffCompressionNone)
@@ -91,13 +120,20 @@ unsigned int decodef(_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffHead
         return vkStatusOk;
     const StripLayout l = wide::stripLayout(h, target.alpha);
     if (c == tiffCompressionLZW)
-        return bits == 32 ? lzwFloat(fb, target, h, l) : vkStatusUnsupported;
-    return c == tiffCompressionPackBits ? packBitsFloat(fb, target, h, l) : plainFloat(fb, target, h, l);
+        return bits == 32 ? lzwFloat(fb, target, h, l, path) : vkStatusUnsupported;
+    return c == tiffCompressionPackBits ? packBitsFloat(fb, target, h, l) : plainFloat(fb, target, h, l, path);
 }
 
 } // namespace
 
+unsigned int decodeImagef(vkP::_dataIMG_Decodef* call, DecodePath path)
+{
+    return wide::runStripDecode(call, [path](_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffHeader& h) {
+        return decodef(fb, target, h, path);
+    });
+}
+
 extern "C" unsigned int imgDecodef(vkP::_dataIMG_Decodef* call)
 {
-    return wide::runStripDecode(call, decodef);
+    return decodeImagef(call, DecodePath::fast);
 }

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "tiff/lzw_strip.h"
+
 #include "tiff/lzw_count.h"
 
 namespace wide {
@@ -73,6 +75,13 @@ int decodeChunk(LZWState& state, unsigned char* out, uint32_t expected, uint32_t
     if (expected == 0)
         return 0;
     return lzwDecodePrefix(&state, out, int(expected), int(keep));
+}
+
+int decodeWholeChunk(LZWState& state, unsigned char* out, uint32_t expected, DecodePath path)
+{
+    if (expected == 0)
+        return 0;
+    return decodeLzwChunk(state, out, int(expected), path);
 }
 
 void undoPredictor16(unsigned char* scratch, const StripLayout& l, uint32_t rows)

@@ -10,6 +10,7 @@
 #include "plugin/status.h"
 #include "shared/image/file_buffer.h"
 #include "tiff/decode_common.h"
+#include "tiff/decode_path.h"
 #include "tiff/lzw.h"
 #include "tiff/tiff_header.h"
 #include "tiff/visible.h"
@@ -58,6 +59,9 @@ bool lzwFloatScratchBytes(const StripLayout& l, uint32_t& bytes);
 // Decodes `expected` bytes of the started chunk and returns the count
 // delivered, as ff_lzw_decode does, storing only the first `keep` in out.
 int decodeChunk(LZWState& state, unsigned char* out, uint32_t expected, uint32_t keep);
+
+// The whole chunk, by the fast decoder where `path` allows (lzw_strip.h).
+int decodeWholeChunk(LZWState& state, unsigned char* out, uint32_t expected, DecodePath path);
 
 // Undoes horizontal differencing on 16-bit host-order units over the first
 // `rows` rows of the strip scratch: samples 0..2 of each pixel, and 3 with the
@@ -130,10 +134,14 @@ unsigned int runStripDecode(Call* call, Body&& body)
 // earlier strip left: every strip that a shown pixel may read from keeps the
 // first `cut` bytes of its data (the most any shown pixel and afterDecode
 // reach), the others are only decoded for their length.
-template <class AfterDecode, class Emit>
+//
+// On the fast path a strip that the target shows whole is decoded whole and
+// its rows go to emitRows(scratch, y0, rows) instead.
+template <class AfterDecode, class Emit, class EmitRows>
 unsigned int decodeLZWStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, const StripLayout& l,
                              uint32_t scratchBytes, uint32_t bytesPerPixel, unsigned int shortStatus, const Visible& v,
-                             uint32_t cut, AfterDecode&& afterDecode, Emit&& emit)
+                             uint32_t cut, DecodePath path, AfterDecode&& afterDecode, Emit&& emit,
+                             EmitRows&& emitRows)
 {
     std::unique_ptr<unsigned char[]> scratch(new (std::nothrow) unsigned char[scratchBytes]);
     if (!scratch)
@@ -150,7 +158,15 @@ unsigned int decodeLZWStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, const
         if (startChunkLZW(state, fb, h.stripOffsets[s]) < 0)
             return vkStatusUnsupported;
         const uint32_t expected = lzwStripBytes(l, bytesPerPixel, y0);
-        const uint32_t shown = columns == 0 ? 0 : rowsShown(v, y0, rowsOfStrip(l, y0));
+        const uint32_t rows = rowsOfStrip(l, y0);
+        const uint32_t shown = columns == 0 ? 0 : rowsShown(v, y0, rows);
+        if (path == DecodePath::fast && rows != 0 && shown == rows && columns == l.width) {
+            if (decodeWholeChunk(state, scratch.get(), expected, path) != int(expected))
+                return shortStatus;
+            afterDecode(scratch.get());
+            emitRows(static_cast<const unsigned char*>(scratch.get()), y0, rows);
+            continue;
+        }
         const bool readLater = shown != 0 || (columns != 0 && wrapAhead(l, y0, l.strips - 1 - s));
         const uint32_t keep = readLater ? std::min(expected, cut) : 0;
         if (decodeChunk(state, scratch.get(), expected, keep) != int(expected))
@@ -252,17 +268,23 @@ unsigned int decodePackBitsStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, 
 // arithmetic that wraps (the file buffer refuses what then lies outside the
 // loaded data); skipped(first, count) for each run of pixels in between, the
 // first at position `first`, `stride` apart, in the plain loop's order.
-template <class Pixel, class Skipped>
+//
+// A strip that the target shows whole is first offered to the fast path's
+// stripRows(offset, y0, rows), which returns true when it has emitted it.
+template <class Pixel, class Skipped, class StripRows>
 unsigned int decodePlainStrips(const TiffHeader& h, const StripLayout& l, uint32_t stride, const Visible& v,
-                               Pixel&& pixel, Skipped&& skipped)
+                               Pixel&& pixel, Skipped&& skipped, StripRows&& stripRows)
 {
     uint32_t y0 = 0;
     for (uint32_t s = 0; s < l.strips; ++s, y0 += l.rowsPerStrip) {
         if (!stripInTable(s))
             return vkStatusCorruptData;
         const uint32_t offset = h.stripOffsets[s];
+        const uint32_t rows = rowsOfStrip(l, y0);
+        if (rows != 0 && l.width <= v.columns && rowsShown(v, y0, rows) == rows && stripRows(offset, y0, rows))
+            continue;
         walkStripPixels(
-            l.width, rowsOfStrip(l, y0), y0, v,
+            l.width, rows, y0, v,
             [&](uint32_t x, uint32_t r) { pixel(offset + (x + r * l.width) * stride, x, y0 + r); },
             [&](uint64_t j, uint64_t count) { skipped(offset + uint32_t(j) * stride, count); });
     }

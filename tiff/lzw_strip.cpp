@@ -1,0 +1,268 @@
+// lzw_strip.cpp - whole-chunk TIFF LZW decoding: short strings stored from one word per code, long ones copied from earlier output
+#include "tiff/lzw_strip.h"
+
+#include <cstdint>
+#include <cstring>
+
+namespace {
+
+constexpr int rootWidth = 8;
+constexpr int clearCode = 1 << rootWidth;
+constexpr int endCode = clearCode + 1;
+constexpr int firstFreeCode = clearCode + 2;
+constexpr int firstWidth = rootWidth + 1;
+// Codes read since a clear code when the table is full (nextCode 4096).
+constexpr int fullRun = lzwTableSize - firstFreeCode + 1;
+
+// The run length at which the code width grows past `width`: TIFF writers
+// widen one code early, when nextCode reaches 2^width - 1.
+constexpr int growRunFor(int width)
+{
+    return width < lzwMaxBits ? (1 << width) - firstFreeCode : fullRun + 1;
+}
+
+// Strings are moved in steps of this many bytes.
+constexpr int step = 8;
+
+// A string word describes a code's string in 64 bits. The top byte holds its
+// length up to headBytes, or longString. A short string's bytes are the low
+// bytes, first byte lowest, so that one 8-byte store writes it. A long string
+// is copied from where it was written: its word holds the first byte (bits
+// 0-7), its offset in the output (bits 8-39) and its length (bits 40-55).
+constexpr int headBytes = 7;
+constexpr int lengthShift = 56;
+constexpr int longString = 8;
+constexpr uint64_t headMask = (uint64_t(1) << lengthShift) - 1;
+constexpr int offsetShift = 8;
+constexpr int longLengthShift = 40;
+
+inline uint64_t longWord(unsigned int first, uint32_t offset, uint32_t length)
+{
+    return uint64_t(first & 0xFF) | uint64_t(offset) << offsetShift | uint64_t(length) << longLengthShift |
+           uint64_t(longString) << lengthShift;
+}
+
+inline uint32_t longOffset(uint64_t word) { return uint32_t(word >> offsetShift); }
+inline int longLength(uint64_t word) { return int((word >> longLengthShift) & 0xFFFF); }
+
+// The word of the string written at `offset` and followed there by `byte`,
+// extended by that byte (a long one then lies at `offset`).
+inline uint64_t extend(uint64_t word, unsigned int byte, uint32_t offset)
+{
+    const uint64_t n = word >> lengthShift;
+    if (n < headBytes)
+        return (word & headMask) | uint64_t(byte) << (8 * n) | (n + 1) << lengthShift;
+    const uint32_t length = n == headBytes ? headBytes : uint32_t(longLength(word));
+    return longWord(unsigned(word), offset, length + 1);
+}
+
+// The code reader of TIFF mode, most significant bit first, eight bytes at a
+// time into a 64-bit accumulator. Input is counted by virtual byte index:
+// bytes at or past the end read as 0, as they do for ff_lzw_decode's reader.
+struct Bits {
+    const unsigned char* data;
+    size_t size;
+    size_t next = 0;  // index of the next byte to load
+    uint64_t acc = 0; // unread bits, most significant first
+    int count = 0;    // unread bits in acc
+
+    void refill()
+    {
+        if (next + 8 <= size) {
+            uint64_t v;
+            std::memcpy(&v, data + next, sizeof v);
+            acc |= __builtin_bswap64(v) >> count;
+            // Whole bytes only; the part of a byte loaded beyond them is
+            // loaded again, to the same bits, by the next fill.
+            const int bytes = (63 - count) >> 3;
+            next += size_t(bytes);
+            count += bytes * 8;
+            return;
+        }
+        while (count <= 56) {
+            const uint64_t byte = next < size ? data[next] : 0;
+            acc |= byte << (56 - count);
+            ++next;
+            count += 8;
+        }
+    }
+
+    int get(int width)
+    {
+        if (count < width)
+            refill();
+        const int code = int(acc >> (64 - width));
+        acc <<= width;
+        count -= width;
+        return code;
+    }
+
+    uint64_t bitsRead() const { return uint64_t(next) * 8 - uint64_t(count); }
+};
+
+// Leaves in s the reader state that ff_lzw_decode's reader would hold after
+// `bitsRead` bits: it takes whole bytes as it needs them (zeros past the end,
+// where its position stops and endOfInput is set) and keeps the last four in
+// its 32-bit accumulator.
+void storeReader(LZWState* s, const unsigned char* data, size_t size, uint64_t bitsRead)
+{
+    const uint64_t taken = (bitsRead + 7) / 8;
+    s->readPos = data + (taken < size ? taken : size);
+    s->bitCount = int(taken * 8 - bitsRead);
+    uint32_t buffer = 0;
+    for (uint64_t j = taken >= 4 ? taken - 4 : 0; j < taken; ++j)
+        buffer = buffer << 8 | (j < size ? data[j] : 0u);
+    s->bitBuffer = buffer;
+    if (taken > size)
+        s->endOfInput = 1;
+}
+
+// A string's bytes go out in whole steps when its source lies at least one
+// step before the destination (so every step reads bytes already final) and
+// the output has room for the last whole step; the bytes a step writes past
+// the string are rewritten by the strings that follow. Otherwise byte by byte.
+inline void copyString(unsigned char* to, const unsigned char* from, int n, bool farSource,
+                       const unsigned char* end)
+{
+    if (farSource && end - to >= n + step - 1) {
+        for (int done = 0; done < n; done += step) {
+            uint64_t chunk;
+            std::memcpy(&chunk, from + done, step);
+            std::memcpy(to + done, &chunk, step);
+        }
+        return;
+    }
+    for (int i = 0; i < n; ++i)
+        to[i] = from[i];
+}
+
+} // namespace
+
+bool lzwFreshTiffStart(const LZWState& s)
+{
+    return s.mode == lzwModeTiff && s.rootWidth == rootWidth && s.endCode == endCode &&
+           s.nextCode == firstFreeCode && s.codeWidth == firstWidth && s.bitCount == 0 && s.bitBuffer == 0 &&
+           s.endOfInput == 0 && s.readPos <= s.readEnd && s.stackTop == s.pending && s.prevCode == 0 &&
+           s.firstChar == 0;
+}
+
+int lzwDecodeStrip(LZWState* s, unsigned char* out, int len)
+{
+    if (s->endCode < 0 || len <= 0)
+        return 0;
+    // Every code's string as a word. While the table fills, every code after
+    // the first of a run (the codes since a clear code) defines one slot, so
+    // nextCode is always firstFreeCode + run - 1.
+    uint64_t word[lzwTableSize];
+    for (int r = 0; r < clearCode; ++r)
+        word[r] = uint64_t(r) | uint64_t(1) << lengthShift;
+    int run = 0; // 0 until the first clear code
+    // The previous code's string: its word and where it was written.
+    uint64_t prevWord = 0;
+    uint32_t prevAt = 0;
+    const unsigned char* const end = out + len;
+    unsigned char* dst = out;
+    Bits bits{s->readPos, size_t(s->readEnd - s->readPos)};
+    int prevCode = s->prevCode;
+    int codeWidth = firstWidth;
+    int growRun = growRunFor(codeWidth);
+    bool ended = false;
+    bool endAfterClear = false; // the table was reset, prevCode kept
+    int unread = 0;             // bits of a code handed back to ff_lzw_decode
+
+    while (dst < end) {
+        int c = bits.get(codeWidth);
+        if (c >= clearCode && c < firstFreeCode) {
+            if (c == endCode) {
+                ended = true;
+                break;
+            }
+            codeWidth = firstWidth;
+            growRun = growRunFor(codeWidth);
+            do
+                c = bits.get(codeWidth);
+            while (c == clearCode);
+            if (c == endCode) {
+                endAfterClear = true;
+                break;
+            }
+            if (c >= firstFreeCode)
+                c = 0;
+            run = 1;
+            prevAt = uint32_t(dst - out);
+            *dst++ = static_cast<unsigned char>(c);
+            prevCode = c;
+            prevWord = word[c];
+            continue;
+        }
+        const int nextCode = firstFreeCode - 1 + run;
+        // A code before any clear, or beyond the next free slot, names a
+        // string whose place is unknown: ff_lzw_decode goes on from before it.
+        if (run == 0 || c > nextCode) {
+            unread = codeWidth;
+            break;
+        }
+        // The code being defined is the previous string plus its first byte.
+        const uint64_t w = c < nextCode ? word[c] : extend(prevWord, unsigned(prevWord) & 0xFF, prevAt);
+        int n = int(w >> lengthShift);
+        if (n < longString && end - dst >= step) {
+            std::memcpy(dst, &w, step); // the bytes past the string are rewritten later
+        } else {
+            const unsigned char* from = out + longOffset(w);
+            if (n < longString) {
+                from = reinterpret_cast<const unsigned char*>(&w);
+            } else {
+                n = longLength(w);
+            }
+            // A string longer than the room left is cut by ff_lzw_decode's rules.
+            if (n > end - dst) {
+                unread = codeWidth;
+                break;
+            }
+            // A defining code's source ends at dst[0], its own first byte.
+            copyString(dst, from, n, n < longString || dst - from >= step, end);
+        }
+        const uint32_t here = uint32_t(dst - out);
+        if (run < fullRun) {
+            const unsigned char first = static_cast<unsigned char>(w);
+            word[nextCode] = extend(prevWord, first, prevAt);
+            // Addressed through s, not through pointers held in registers.
+            s->suffix[nextCode] = first;
+            s->prefix[nextCode] = static_cast<unsigned short>(prevCode);
+            prevCode = c;
+            prevWord = w;
+            prevAt = here;
+            if (++run == growRun) {
+                ++codeWidth;
+                growRun = growRunFor(codeWidth);
+            }
+        }
+        dst += n;
+        // A full table adds nothing and leaves prevCode (and the first byte
+        // of its string) as they were. Once it is full and the input used
+        // up, ff_lzw_decode goes on: it takes the zero codes that follow to
+        // the end of the request in one step.
+        if (run == fullRun && bits.next >= bits.size)
+            break;
+    }
+
+    storeReader(s, bits.data, bits.size, bits.bitsRead() - uint64_t(unread));
+    s->stackTop = s->pending;
+    if (run > 0) {
+        s->prevCode = prevCode;
+        s->firstChar = int(prevWord & 0xFF);
+        s->nextCode = endAfterClear ? firstFreeCode : firstFreeCode - 1 + run;
+        s->codeWidth = codeWidth;
+        s->codeMask = (1 << codeWidth) - 1;
+        s->tableLimit = 1 << codeWidth;
+        s->growAt = s->tableLimit - 1;
+    }
+    const int done = int(dst - out);
+    if (ended || endAfterClear) {
+        s->endCode = -1;
+        return done;
+    }
+    if (done < len)
+        return done + ff_lzw_decode(s, dst, len - done);
+    return done;
+}

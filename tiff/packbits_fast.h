@@ -1,0 +1,66 @@
+// packbits_fast.h - PackBits packets read straight from the loaded bytes where a whole packet lies in them
+#pragma once
+
+#include "shared/image/file_buffer.h"
+
+// The end of the bytes that the file buffer's reads may reach.
+inline long long readableEnd(const vkP::_imgFileBuffer& fb)
+{
+    if (fb.buffer == nullptr)
+        return 0;
+    return fb.sizeLoaded < fb.bufferSize ? fb.sizeLoaded : fb.bufferSize;
+}
+
+// True when the packet whose header byte is at pos (header n: n + 1 literal
+// bytes, or one run byte) lies wholly below `end`, so that every read of it
+// would succeed. Sets `header` to the packet's header byte.
+inline bool packetInLoaded(const vkP::_imgFileBuffer& fb, long long pos, long long end, signed char& header)
+{
+    if (pos < 0 || pos >= end)
+        return false;
+    header = static_cast<signed char>(fb.buffer[pos]);
+    const long long bytes = header >= 0 ? header + 1 : 1;
+    return end - pos - 1 >= bytes;
+}
+
+// walkPackBits (decode_common.h) with the same packets, bytes, stops and
+// final position, the packets for which packetInLoaded holds read from
+// memory: literal(bytes, count, value) and run(value, count) take a whole
+// packet (value is the walk's byte variable, which a sink may change, as in
+// walkPackBits); any other packet is read through the file buffer, byte by
+// byte, into sink(value).
+template <class Literal, class Run, class Sink, class Stop>
+void walkPackBitsFast(vkP::_imgFileBuffer& fb, Literal&& literal, Run&& run, Sink&& sink, Stop&& stop)
+{
+    signed char header = 0;
+    unsigned char value = 0;
+    const long long end = readableEnd(fb);
+    for (;;) {
+        const long long pos = fb.bufPosition;
+        if (packetInLoaded(fb, pos, end, header)) {
+            const unsigned char* data = fb.buffer + pos + 1;
+            if (header >= 0) {
+                literal(data, uint32_t(header) + 1, value);
+                fb.bufPosition = pos + 2 + header;
+            } else {
+                value = data[0];
+                run(value, uint32_t(1 - header));
+                fb.bufPosition = pos + 2;
+            }
+        } else {
+            fb.readSint8(header);
+            if (header >= 0) {
+                for (int i = 0; i <= header; ++i) {
+                    fb.readUint8(value);
+                    sink(value);
+                }
+            } else {
+                fb.readUint8(value);
+                for (int i = 0; i < 1 - header; ++i)
+                    sink(value);
+            }
+        }
+        if (fb.bufPosition >= fb.sizeLoaded || stop())
+            return;
+    }
+}
