@@ -3,6 +3,9 @@
 
 #include <climits>
 #include <cstring>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace decode8 {
 
@@ -174,6 +177,39 @@ void emitFloatRow(Call& call, const unsigned char* src, uint32_t count, uint32_t
     const uint32_t stride = call.layout.bytesPerPixel;
     const bool alpha = call.layout.alpha;
     const bool swap = call.file.dataBigEndian;
+#if defined(__SSE2__)
+    // Four samples at once: a pixel's r, g, b and the float at 3 x step (its
+    // alpha read). max(v, 0) turns NaN into 0 like the scalar rule; the last
+    // pixel is left to the scalar loop, so no load passes what it reads.
+    if (step == floatSampleBytes && stride >= 3 * floatSampleBytes && !swap && count >= 2 &&
+        runInTarget(call.target, 0, y, count)) {
+        const __m128 zero = _mm_setzero_ps();
+        const __m128 one = _mm_set1_ps(1.0f);
+        const __m128 scale = _mm_set1_ps(255.0f);
+        const uint32_t keep = alpha ? 0xFFFFFFFFu : rgbMask;
+        const uint32_t fill = alpha ? 0u : alphaBits(call.pixel.a);
+        unsigned char* out = rowStart(call.target, 0, y);
+        for (uint32_t x = 0; x + 1 < count; ++x) {
+            __m128 v = _mm_loadu_ps(reinterpret_cast<const float*>(src + size_t(x) * stride));
+            v = _mm_min_ps(_mm_max_ps(v, zero), one);
+            const __m128i i = _mm_cvttps_epi32(_mm_mul_ps(v, scale));
+            const __m128i bytes = _mm_packus_epi16(_mm_packs_epi32(i, i), _mm_setzero_si128());
+            const uint32_t word = (uint32_t(_mm_cvtsi128_si32(bytes)) & keep) | fill;
+            std::memcpy(out + size_t(x) * 4, &word, 4);
+        }
+        const uint32_t last = count - 1;
+        vkP::_Rgba8 p = call.pixel;
+        const unsigned char* at = src + size_t(last) * stride;
+        if (alpha)
+            p.a = floatByte(at + 3 * step, swap);
+        p.b = floatByte(at + 2 * step, swap);
+        p.g = floatByte(at + step, swap);
+        p.r = floatByte(at, swap);
+        std::memcpy(out + size_t(last) * 4, &p, 4);
+        call.pixel = p;
+        return;
+    }
+#endif
     storeRun(call, count, 0, y, [&](uint32_t x, vkP::_Rgba8& p) {
         const unsigned char* at = src + size_t(x) * stride;
         if (alpha)
