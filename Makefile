@@ -52,7 +52,7 @@ test-m32: m32
 test-asan: asan
 	$(CTEST) --test-dir $(ASAN) --output-on-failure -j $(JOBS)
 
-test: test-native test-m32 test-asan
+test: test-native test-m32 test-asan test-tsan
 
 # ThreadSanitizer: decodes on several threads at once, compared with sequential results.
 tsan:

@@ -19,7 +19,7 @@ import tempfile
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 DECODER_TESTS = ["test_load_header", "test_decode8_strips", "test_decode8_tiles", "test_decode16", "test_decodef"]
-MAX_SEED = 64 * 1024
+MAX_SEED = 256 * 1024
 
 
 def collect_files(test_bin_dir):
