@@ -39,8 +39,9 @@ unsigned int lzw16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeade
     const uint32_t predictorRows =
         l.samples == 0 || rowBytes == 0 ? l.rowsPerStrip
                                         : uint32_t(std::min<uint64_t>(l.rowsPerStrip, (cut + rowBytes - 1) / rowBytes));
+    const uint32_t touched = uint32_t(std::min<uint64_t>(bytes, predictorRows * rowBytes + 8));
     return wide::decodeLZWStrips(
-        fb, h, l, bytes, unitsPerPixel, vkStatusUnsupported, v, cut, path,
+        fb, h, l, bytes, unitsPerPixel, vkStatusUnsupported, v, cut, touched, path,
         [&](unsigned char* scratch) {
             if (h.predictor == tiffPredictorHorizontal)
                 wide::undoPredictor16(scratch, l, predictorRows);
@@ -78,7 +79,7 @@ unsigned int lzwFloat(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHe
     _Rgba16 px = startPixel;
     const Visible v = visibleArea(target);
     return wide::decodeLZWStrips(
-        fb, h, l, bytes, 4 * l.samples, vkStatusCorruptData, v, wide::shownReach(l, v, l.samples, 3, 4, bytes), path,
+        fb, h, l, bytes, 4 * l.samples, vkStatusCorruptData, v, wide::shownReach(l, v, l.samples, 3, 4, bytes), 0, path,
         [](unsigned char*) {},
         [&](const unsigned char* scratch, uint32_t pixel, uint32_t x, uint32_t y) {
             // Decompressed floats are in host order whatever the file's order.

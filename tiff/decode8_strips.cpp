@@ -191,6 +191,10 @@ unsigned int lzwFloatStrips(Call& call, unsigned char* scratch, uint32_t bytes)
     const uint32_t cut = columns == 0 || shownRows == 0
                              ? 0
                              : uint32_t(std::min<uint64_t>(bytes, (lastFloat * spp + 4) * floatSampleBytes));
+    // Zeroed once, as far as shown pixels read, so that the alpha read of a
+    // three-sample pixel past the decoded bytes is repeatable; the rest of a
+    // scratch sized by a huge rowsPerStrip is never touched.
+    std::memset(scratch, 0, cut);
     LZWState state{}; // zeroed: a corrupt stream reading unwritten slots sees zeros, not stale stack
     uint32_t firstRow = 0;
     for (uint32_t s = 0; s < h.stripCount; ++s, firstRow += h.rowsPerStrip) {
@@ -242,9 +246,8 @@ unsigned int lzwFloat(Call& call, unsigned char*& scratch)
     if (!chunkScratchBytes(h.imageWidth, h.rowsPerStrip, floatSampleBytes, h.samplesPerPixel, lzwFloatHeadroom,
                            bytes))
         return vkStatusNoMemory;
-    // Zeroed once, so that the alpha read of a three-sample pixel past the
-    // decoded bytes is repeatable; strips are then decoded without a fill.
-    return withScratch(scratch, bytes, true, [&](unsigned char* data) { return lzwFloatStrips(call, data, bytes); });
+    // Zeroed by lzwFloatStrips as far as pixels read it.
+    return withScratch(scratch, bytes, false, [&](unsigned char* data) { return lzwFloatStrips(call, data, bytes); });
 }
 
 } // namespace

@@ -25,7 +25,7 @@ unsigned int lzwFloat(_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffHea
     _Rgbaf px = startPixel;
     const Visible v = visibleArea(target);
     return wide::decodeLZWStrips(
-        fb, h, l, bytes, 4 * l.samples, vkStatusCorruptData, v, wide::shownReach(l, v, l.samples, 3, 4, bytes),
+        fb, h, l, bytes, 4 * l.samples, vkStatusCorruptData, v, wide::shownReach(l, v, l.samples, 3, 4, bytes), 0,
         path, [](unsigned char*) {},
         [&](const unsigned char* scratch, uint32_t pixel, uint32_t x, uint32_t y) {
             // Decompressed floats are in host order whatever the file's order.

@@ -133,14 +133,16 @@ unsigned int runStripDecode(Call* call, Body&& body)
 // decoded without a fill, so a pixel read past a strip's data sees what an
 // earlier strip left: every strip that a shown pixel may read from keeps the
 // first `cut` bytes of its data (the most any shown pixel and afterDecode
-// reach), the others are only decoded for their length.
+// reach), the others are only decoded for their length. The first `touched`
+// bytes (at least `cut`: all that pixels and afterDecode read) are zeroed
+// once, the rest of a scratch sized by a huge rowsPerStrip is never touched.
 //
 // On the fast path a strip that the target shows whole is decoded whole and
 // its rows go to emitRows(scratch, y0, rows) instead.
 template <class AfterDecode, class Emit, class EmitRows>
 unsigned int decodeLZWStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, const StripLayout& l,
                              uint32_t scratchBytes, uint32_t bytesPerPixel, unsigned int shortStatus, const Visible& v,
-                             uint32_t cut, DecodePath path, AfterDecode&& afterDecode, Emit&& emit,
+                             uint32_t cut, uint32_t touched, DecodePath path, AfterDecode&& afterDecode, Emit&& emit,
                              EmitRows&& emitRows)
 {
     std::unique_ptr<unsigned char[]> scratch(new (std::nothrow) unsigned char[scratchBytes]);
@@ -148,7 +150,7 @@ unsigned int decodeLZWStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, const
         return vkStatusNoMemory;
     // Zeroed once: what a pixel loop reads beyond a strip's decoded bytes is
     // zeros, or what an earlier strip of the same call left there.
-    std::memset(scratch.get(), 0, scratchBytes);
+    std::memset(scratch.get(), 0, std::min(scratchBytes, std::max(cut, touched)));
     LZWState state{}; // zeroed: a corrupt stream reading unwritten slots sees zeros, not stale stack
     const uint32_t columns = std::min(l.width, v.columns);
     uint32_t y0 = 0;
