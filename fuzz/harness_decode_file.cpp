@@ -8,6 +8,7 @@
 #include "plugin/status.h"
 #include "shared/image/file_buffer.h"
 #include "shared/image/rgba_buffer.h"
+#include "tiff/decode_path.h"
 #include "tiff/tiff_header.h"
 
 namespace vkfuzz {
@@ -25,18 +26,21 @@ struct Depth8 {
     using Record = vkP::_dataIMG_Decode8;
     static constexpr size_t pixelBytes = 4;
     static unsigned int decode(Record* r) { return imgDecode8(r); }
+    static unsigned int decodePlain(Record* r) { return decodeImage8(r, DecodePath::plain); }
 };
 struct Depth16 {
     using Buffer = vkP::_imgRGBABuffer16;
     using Record = vkP::_dataIMG_Decode16;
     static constexpr size_t pixelBytes = 8;
     static unsigned int decode(Record* r) { return imgDecode16(r); }
+    static unsigned int decodePlain(Record* r) { return decodeImage16(r, DecodePath::plain); }
 };
 struct Depthf {
     using Buffer = vkP::_imgRGBABufferf;
     using Record = vkP::_dataIMG_Decodef;
     static constexpr size_t pixelBytes = 16;
     static unsigned int decode(Record* r) { return imgDecodef(r); }
+    static unsigned int decodePlain(Record* r) { return decodeImagef(r, DecodePath::plain); }
 };
 
 struct Decoded {
@@ -61,7 +65,7 @@ struct Loaded {
 // Decodes into a cleared target of width x height pixels (capacity exactly
 // that, at least 1), as a host that allocates for a cut view would.
 template <class D>
-Decoded decodeInto(Loaded& l, uint32_t width, uint32_t height)
+Decoded decodeInto(Loaded& l, uint32_t width, uint32_t height, DecodePath path = DecodePath::fast)
 {
     const uint64_t pixels = uint64_t(width) * height;
     typename D::Buffer target(unsigned(pixels == 0 ? 1 : pixels));
@@ -75,7 +79,7 @@ Decoded decodeInto(Loaded& l, uint32_t width, uint32_t height)
     l.file.bufPosition = l.position;
     typename D::Record record{&l.file, &target, &l.header};
     Decoded out;
-    out.status = D::decode(&record);
+    out.status = path == DecodePath::fast ? D::decode(&record) : D::decodePlain(&record);
     out.position = l.file.bufPosition;
     out.width = width;
     out.pixels.assign(target.pixels, target.pixels + size_t(target.capacity) * D::pixelBytes);
@@ -87,8 +91,8 @@ bool knownDecodeStatus(unsigned int s)
     return s == vkStatusOk || s == vkStatusUnsupported || s == vkStatusNoMemory || s == vkStatusCorruptData;
 }
 
-// Decodes the whole image, then the same into a target with fewer rows and
-// into one with fewer columns: every pixel the smaller targets hold must be
+// Decodes the whole image on both paths, then into a target with fewer rows
+// and into one with fewer columns: every pixel the smaller targets hold must be
 // the pixel the whole target holds there, with the same status. This is what
 // lets the decoders stop early without changing what they write.
 template <class D>
@@ -98,6 +102,12 @@ void decodeAndCompare(Loaded& l, uint8_t shape)
     const uint32_t h = l.header.imageLength;
     const Decoded full = decodeInto<D>(l, w, h);
     fuzzCheck(knownDecodeStatus(full.status), "decode status outside 1, 4, 7, 14");
+    // The exported entry takes the fast paths where they apply; the plain
+    // path must give the same status, pixels and read position.
+    const Decoded plain = decodeInto<D>(l, w, h, DecodePath::plain);
+    fuzzCheck(plain.status == full.status, "plain and fast paths differ in status");
+    fuzzCheck(plain.pixels == full.pixels, "plain and fast paths differ in pixels");
+    fuzzCheck(plain.position == full.position, "plain and fast paths differ in read position");
     if (w == 0 || h == 0)
         return;
 
