@@ -4,7 +4,7 @@
 // The three encode entries are one body under three names; the argument is never looked at.
 extern "C" unsigned int imgEncode8(void*) { return vkStatusUnsupported; }
 // gcc wants an alias to repeat the nothrow it infers for the target; clang
-// takes that as an exception specification the header does not have.
+// takes that as a throw guarantee the header does not declare.
 #if defined(__clang__)
 #define VK_ENCODE_ALIAS __attribute__((alias("imgEncode8")))
 #else

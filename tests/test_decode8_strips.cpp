@@ -64,25 +64,25 @@ struct Case {
 
 ImageSpec integerImage(const Case& c, uint32_t width, uint32_t height, uint32_t rowsPerStrip)
 {
-    ImageSpec spec;
-    spec.bigEndian = c.bigEndian;
-    spec.width = width;
-    spec.height = height;
-    spec.bitsPerSample = c.bits;
-    spec.samplesPerPixel = c.spp;
-    spec.compression = c.compression;
-    spec.predictor = c.predictor;
-    spec.rowsPerStrip = rowsPerStrip;
+    ImageSpec image;
+    image.bigEndian = c.bigEndian;
+    image.width = width;
+    image.height = height;
+    image.bitsPerSample = c.bits;
+    image.samplesPerPixel = c.spp;
+    image.compression = c.compression;
+    image.predictor = c.predictor;
+    image.rowsPerStrip = rowsPerStrip;
     for (uint32_t y0 = 0; y0 < height; y0 += rowsPerStrip) {
         const uint32_t rows = std::min(rowsPerStrip, height - y0);
-        spec.chunks.push_back(compress(rowBytes(width, y0, rows, c.spp, c.bits, c.bigEndian, c.predictor == 2), c.compression));
+        image.chunks.push_back(compress(rowBytes(width, y0, rows, c.spp, c.bits, c.bigEndian, c.predictor == 2), c.compression));
     }
-    return spec;
+    return image;
 }
 
-LoadedTiff loadOk(const ImageSpec& spec)
+LoadedTiff loadOk(const ImageSpec& image)
 {
-    LoadedTiff t = loadTiff(buildImage(spec));
+    LoadedTiff t = loadTiff(buildImage(image));
     EXPECT_EQ(t.status, 1u);
     return t;
 }
@@ -152,21 +152,21 @@ TEST(Decode8Strips, FloatPathsConvertByTruncation)
         for (uint16_t spp : {3, 4})
             for (bool be : {false, true}) {
                 SCOPED_TRACE("compression " + std::to_string(compression) + " spp " + std::to_string(spp) + (be ? " MM" : " II"));
-                ImageSpec spec;
-                spec.bigEndian = be;
-                spec.width = W;
-                spec.height = H;
-                spec.bitsPerSample = 32;
-                spec.samplesPerPixel = spp;
-                spec.compression = compression;
-                spec.rowsPerStrip = RPS;
+                ImageSpec image;
+                image.bigEndian = be;
+                image.width = W;
+                image.height = H;
+                image.bitsPerSample = 32;
+                image.samplesPerPixel = spp;
+                image.compression = compression;
+                image.rowsPerStrip = RPS;
                 for (uint32_t y0 = 0; y0 < H; y0 += RPS) {
                     // Only uncompressed floats follow the file's byte order;
                     // decompressed ones are taken in host order.
                     const Bytes raw = floatRows(W, y0, std::min(RPS, H - y0), spp, be && compression == none);
-                    spec.chunks.push_back(compression == lzw ? lzwEncodeTiff(raw) : compression == packBits ? packBitsLiteral(raw) : raw);
+                    image.chunks.push_back(compression == lzw ? lzwEncodeTiff(raw) : compression == packBits ? packBitsLiteral(raw) : raw);
                 }
-                LoadedTiff t = loadOk(spec);
+                LoadedTiff t = loadOk(image);
                 const bool alpha = spp == 4;
                 const Decoded8 d = runDecode8(t, alpha, W, H);
                 ASSERT_EQ(d.status, 1u);
@@ -182,27 +182,27 @@ TEST(Decode8Strips, FloatPathsConvertByTruncation)
 TEST(Decode8Strips, PackBitsPlacement)
 {
     // -128 repeats its byte 129 times: 43 pixels of three samples.
-    ImageSpec spec{false, 43, 1, 8, 3, packBits};
-    spec.chunks = {{0x80, 9}};
-    LoadedTiff t = loadOk(spec);
+    ImageSpec image{false, 43, 1, 8, 3, packBits};
+    image.chunks = {{0x80, 9}};
+    LoadedTiff t = loadOk(image);
     Decoded8 d = runDecode8(t, false, 43, 1);
     EXPECT_EQ(d.status, 1u);
     for (const Px& p : d.pixels)
         EXPECT_EQ(p, (Px{9, 9, 9, clearedByte}));
 
     // Five samples with the alpha flag: samples go by c mod 4, rows count five.
-    spec = ImageSpec{false, 2, 1, 8, 5, packBits};
-    spec.chunks = {{9, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10}};
-    t = loadOk(spec);
+    image = ImageSpec{false, 2, 1, 8, 5, packBits};
+    image.chunks = {{9, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10}};
+    t = loadOk(image);
     d = runDecode8(t, true, 2, 1);
     EXPECT_EQ(d.status, 1u);
     EXPECT_EQ(d.at(0, 0), (Px{1, 2, 3, 4}));
     EXPECT_EQ(d.at(1, 0), (Px{5, 6, 7, 8}));
 
     // A packet is never cut: this run of two rows runs on past the strip.
-    spec = ImageSpec{false, 2, 1, 8, 3, packBits};
-    spec.chunks = {{uint8_t(-11), 7}};
-    t = loadOk(spec);
+    image = ImageSpec{false, 2, 1, 8, 3, packBits};
+    image.chunks = {{uint8_t(-11), 7}};
+    t = loadOk(image);
     d = runDecode8(t, false, 2, 2);
     EXPECT_EQ(d.status, 1u);
     for (const Px& p : d.pixels)
@@ -216,9 +216,9 @@ TEST(Decode8Strips, PackBitsFloatRunRepeatsConvertedByte)
     const Bytes run = {uint8_t(-11), 0x3F};
     const Bytes literal = {11, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F};
     for (const auto& [chunk, want] : {std::pair{run, Px{190, 0, 0, clearedByte}}, std::pair{literal, Px{190, 190, 190, clearedByte}}}) {
-        ImageSpec spec{false, 1, 1, 32, 3, packBits};
-        spec.chunks = {chunk};
-        LoadedTiff t = loadOk(spec);
+        ImageSpec image{false, 1, 1, 32, 3, packBits};
+        image.chunks = {chunk};
+        LoadedTiff t = loadOk(image);
         const Decoded8 d = runDecode8(t, false, 1, 1);
         EXPECT_EQ(d.status, 1u);
         EXPECT_EQ(d.at(0, 0), want);
@@ -240,16 +240,16 @@ TEST(Decode8Strips, LzwStripChecks)
     for (const Patch& p : {Patch{"count 0", 8, 0, 0, 14}, Patch{"count 0 16-bit", 16, 1, 0, 14},
                            Patch{"negative count", 8, 2, 0x80000000u, 14}, Patch{"float count 0", 32, 0, 0, 1}}) {
         SCOPED_TRACE(p.what);
-        ImageSpec spec;
+        ImageSpec image;
         if (p.bits == 32) {
-            spec = ImageSpec{false, 5, 7, 32, 3, lzw};
-            spec.rowsPerStrip = 3;
+            image = ImageSpec{false, 5, 7, 32, 3, lzw};
+            image.rowsPerStrip = 3;
             for (uint32_t y0 = 0; y0 < 7; y0 += 3)
-                spec.chunks.push_back(lzwEncodeTiff(floatRows(5, y0, std::min(3u, 7 - y0), 3, false)));
+                image.chunks.push_back(lzwEncodeTiff(floatRows(5, y0, std::min(3u, 7 - y0), 3, false)));
         } else {
-            spec = integerImage(Case{lzw, 1, p.bits, 3, false}, 5, 7, 3);
+            image = integerImage(Case{lzw, 1, p.bits, 3, false}, 5, 7, 3);
         }
-        LoadedTiff t = loadOk(spec);
+        LoadedTiff t = loadOk(image);
         t.header->stripByteCounts[p.strip] = p.byteCount;
         const Decoded8 d = runDecode8(t, false, 5, 7);
         EXPECT_EQ(d.status, p.status);
@@ -260,18 +260,18 @@ TEST(Decode8Strips, LzwStripChecks)
     }
 
     // Asking for more than the strip holds: the middle strip holds two rows of three.
-    ImageSpec spec = integerImage(c8, 5, 7, 3);
-    spec.chunks[1] = lzwEncodeTiff(rowBytes(5, 3, 2, 3, 8, false, false));
-    LoadedTiff t = loadOk(spec);
+    ImageSpec image = integerImage(c8, 5, 7, 3);
+    image.chunks[1] = lzwEncodeTiff(rowBytes(5, 3, 2, 3, 8, false, false));
+    LoadedTiff t = loadOk(image);
     EXPECT_EQ(runDecode8(t, false, 5, 7).status, 14u);
 
     // A big-endian single strip keeps its byte count byte-reversed: a count
     // whose low byte has bit 7 set reads negative.
     for (uint32_t pad : {0u, 1u}) {
-        spec = integerImage(Case{lzw, 1, 8, 3, true}, 5, 7, 7);
-        while ((spec.chunks[0].size() & 0xFF) != (pad ? 0x80u : 0x7Fu))
-            spec.chunks[0].push_back(0); // bytes after the end code are never read
-        t = loadOk(spec);
+        image = integerImage(Case{lzw, 1, 8, 3, true}, 5, 7, 7);
+        while ((image.chunks[0].size() & 0xFF) != (pad ? 0x80u : 0x7Fu))
+            image.chunks[0].push_back(0); // bytes after the end code are never read
+        t = loadOk(image);
         EXPECT_EQ(runDecode8(t, false, 5, 7).status, pad ? 14u : 1u);
     }
 }
@@ -280,9 +280,9 @@ TEST(Decode8Strips, PredictorOfBigEndianWords)
 {
     // 16-bit differences are summed as little-endian words whatever the file's
     // order: 01FF + 0001 written big-endian comes out as FF01 + 0100 = 0001.
-    ImageSpec spec{true, 2, 1, 16, 3, lzw, 2};
-    spec.chunks = {lzwEncodeTiff({0x01, 0xFF, 0x01, 0xFF, 0x01, 0xFF, 0x00, 0x01, 0x00, 0x01, 0x00, 0x01})};
-    LoadedTiff t = loadOk(spec);
+    ImageSpec image{true, 2, 1, 16, 3, lzw, 2};
+    image.chunks = {lzwEncodeTiff({0x01, 0xFF, 0x01, 0xFF, 0x01, 0xFF, 0x00, 0x01, 0x00, 0x01, 0x00, 0x01})};
+    LoadedTiff t = loadOk(image);
     const Decoded8 d = runDecode8(t, false, 2, 1);
     EXPECT_EQ(d.status, 1u);
     EXPECT_EQ(d.at(0, 0), (Px{1, 1, 1, 255}));
@@ -293,9 +293,9 @@ TEST(Decode8Strips, UncompressedReadsBeyondTheDataKeepTheChannel)
 {
     for (uint16_t bits : {8, 32}) {
         SCOPED_TRACE(bits);
-        ImageSpec spec{false, 2, 1, bits, 3, none};
-        spec.chunks = {bits == 8 ? Bytes{10, 20, 30, 40, 50, 60} : floatRows(2, 0, 1, 3, false)};
-        LoadedTiff t = loadOk(spec);
+        ImageSpec image{false, 2, 1, bits, 3, none};
+        image.chunks = {bits == 8 ? Bytes{10, 20, 30, 40, 50, 60} : floatRows(2, 0, 1, 3, false)};
+        LoadedTiff t = loadOk(image);
         const uint32_t offset = t.header->stripOffsets[0];
         const uint32_t sampleBytes = bits / 8;
         // Only pixel 0 and the red sample of pixel 1 are loaded.
@@ -313,9 +313,9 @@ TEST(Decode8Strips, UncompressedReadsBeyondTheDataKeepTheChannel)
     }
     // The alpha flag alone decides: three samples with the flag read the
     // next pixel's red as alpha.
-    ImageSpec spec{false, 2, 1, 8, 3, none};
-    spec.chunks = {{10, 20, 30, 40, 50, 60}};
-    LoadedTiff t = loadOk(spec);
+    ImageSpec image{false, 2, 1, 8, 3, none};
+    image.chunks = {{10, 20, 30, 40, 50, 60}};
+    LoadedTiff t = loadOk(image);
     EXPECT_EQ(runDecode8(t, true, 2, 1).at(0, 0), (Px{10, 20, 30, 40}));
 }
 
@@ -324,9 +324,9 @@ TEST(Decode8Strips, DispatchAndEmptyStrips)
     for (uint16_t compression : {none, lzw, packBits})
         for (uint16_t bits : {8, 32}) {
             SCOPED_TRACE(std::to_string(compression) + "/" + std::to_string(bits));
-            ImageSpec spec{false, 2, 2, bits, 3, compression};
-            spec.chunks = {compress(bits == 8 ? rowBytes(2, 0, 2, 3, 8, false, false) : floatRows(2, 0, 2, 3, false), compression)};
-            LoadedTiff t = loadOk(spec);
+            ImageSpec image{false, 2, 2, bits, 3, compression};
+            image.chunks = {compress(bits == 8 ? rowBytes(2, 0, 2, 3, 8, false, false) : floatRows(2, 0, 2, 3, false), compression)};
+            LoadedTiff t = loadOk(image);
             t.header->stripCount = 0;
             Decoded8 d = runDecode8(t, false, 2, 2);
             EXPECT_EQ(d.status, 1u);
@@ -336,9 +336,9 @@ TEST(Decode8Strips, DispatchAndEmptyStrips)
             t.header->compression = 7;
             EXPECT_EQ(runDecode8(t, false, 2, 2).status, 4u);
         }
-    ImageSpec spec{false, 2, 2, 8, 3, lzw};
-    spec.chunks = {lzwEncodeTiff(rowBytes(2, 0, 2, 3, 8, false, false))};
-    LoadedTiff t = loadOk(spec);
+    ImageSpec image{false, 2, 2, 8, 3, lzw};
+    image.chunks = {lzwEncodeTiff(rowBytes(2, 0, 2, 3, 8, false, false))};
+    LoadedTiff t = loadOk(image);
     t.header->bitsPerSample = 24;
     EXPECT_EQ(runDecode8(t, false, 2, 2).status, 4u);
     EXPECT_EQ(imgDecode8(nullptr), 4u);
@@ -367,10 +367,10 @@ TEST(Decode8Strips, HostileHeadersStayInBounds)
     };
     for (const Hostile& h : cases) {
         SCOPED_TRACE(h.what);
-        ImageSpec spec{false, 3, 2, h.bits, 3, h.compression};
+        ImageSpec image{false, 3, 2, h.bits, 3, h.compression};
         const Bytes raw = h.bits == 32 ? floatRows(3, 0, 2, 3, false) : rowBytes(3, 0, 2, 3, h.bits, false, false);
-        spec.chunks = {compress(raw, h.compression)};
-        LoadedTiff t = loadOk(spec);
+        image.chunks = {compress(raw, h.compression)};
+        LoadedTiff t = loadOk(image);
         t.header->imageWidth = h.width;
         t.header->rowsPerStrip = h.rowsPerStrip;
         t.header->samplesPerPixel = h.spp;

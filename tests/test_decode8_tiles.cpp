@@ -60,25 +60,25 @@ Bytes tileBytes(const Grid& g, const Case& c, uint32_t tx, uint32_t ty)
 
 ImageSpec tiledSpec(const Grid& g, const Case& c)
 {
-    ImageSpec spec;
-    spec.bigEndian = c.bigEndian;
-    spec.width = g.width;
-    spec.height = g.height;
-    spec.bitsPerSample = c.bits;
-    spec.samplesPerPixel = c.spp;
-    spec.compression = c.compression;
-    spec.predictor = c.predictor;
-    spec.tileWidth = g.tileWidth;
-    spec.tileLength = g.tileLength;
+    ImageSpec image;
+    image.bigEndian = c.bigEndian;
+    image.width = g.width;
+    image.height = g.height;
+    image.bitsPerSample = c.bits;
+    image.samplesPerPixel = c.spp;
+    image.compression = c.compression;
+    image.predictor = c.predictor;
+    image.tileWidth = g.tileWidth;
+    image.tileLength = g.tileLength;
     for (uint32_t ty = 0; ty < g.down(); ++ty)
         for (uint32_t tx = 0; tx < g.across(); ++tx)
-            spec.chunks.push_back(tileBytes(g, c, tx, ty));
-    return spec;
+            image.chunks.push_back(tileBytes(g, c, tx, ty));
+    return image;
 }
 
-LoadedTiff loadTiled(const ImageSpec& spec)
+LoadedTiff loadTiled(const ImageSpec& image)
 {
-    LoadedTiff t = loadTiff(buildImage(spec));
+    LoadedTiff t = loadTiff(buildImage(image));
     EXPECT_EQ(t.status, 1u);
     EXPECT_NE(t.header->tileCount, 0u);
     return t;
@@ -147,10 +147,10 @@ TEST(Decode8Tiles, LzwFailuresKeepEarlierTilesInColumnOrder)
     for (const char* what : {"count 0", "short data"}) {
         SCOPED_TRACE(what);
         const bool countZero = std::string(what) == "count 0";
-        ImageSpec spec = tiledSpec(g, Case{lzw, 1, 8, 3, false});
+        ImageSpec image = tiledSpec(g, Case{lzw, 1, 8, 3, false});
         if (!countZero)
-            spec.chunks[1] = lzwEncodeTiff({1, 2, 3});
-        LoadedTiff t = loadTiled(spec);
+            image.chunks[1] = lzwEncodeTiff({1, 2, 3});
+        LoadedTiff t = loadTiled(image);
         if (countZero)
             t.header->stripByteCounts[1] = 0;
         const Decoded8 d = runDecode8(t, false, 10, 7);

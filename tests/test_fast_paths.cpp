@@ -170,45 +170,45 @@ struct RandomImage {
 
 RandomImage randomImage(std::mt19937& rng)
 {
-    ImageSpec spec;
-    spec.bigEndian = rng() % 2;
-    spec.width = 1 + rng() % 37;
-    spec.height = 1 + rng() % 29;
+    ImageSpec image;
+    image.bigEndian = rng() % 2;
+    image.width = 1 + rng() % 37;
+    image.height = 1 + rng() % 29;
     const uint16_t depths[] = {8, 8, 16, 32};
-    spec.bitsPerSample = depths[rng() % 4];
-    spec.samplesPerPixel = uint16_t(3 + rng() % 3);
+    image.bitsPerSample = depths[rng() % 4];
+    image.samplesPerPixel = uint16_t(3 + rng() % 3);
     const uint16_t codecs[] = {tiffCompressionNone, tiffCompressionLZW, tiffCompressionLZW,
                                uint16_t(tiffCompressionPackBits)};
-    spec.compression = codecs[rng() % 4];
-    spec.predictor = spec.compression == tiffCompressionLZW && rng() % 2 ? 2 : 1;
-    const bool tiled = spec.bitsPerSample != 32 && spec.compression != tiffCompressionPackBits && rng() % 3 == 0;
-    uint32_t chunkW = spec.width;
+    image.compression = codecs[rng() % 4];
+    image.predictor = image.compression == tiffCompressionLZW && rng() % 2 ? 2 : 1;
+    const bool tiled = image.bitsPerSample != 32 && image.compression != tiffCompressionPackBits && rng() % 3 == 0;
+    uint32_t chunkW = image.width;
     uint32_t chunkH = 0;
     uint32_t chunks = 0;
     if (tiled) {
-        spec.tileWidth = spec.tileLength = 16;
+        image.tileWidth = image.tileLength = 16;
         chunkW = chunkH = 16;
-        chunks = ((spec.width + 15) / 16) * ((spec.height + 15) / 16);
+        chunks = ((image.width + 15) / 16) * ((image.height + 15) / 16);
     } else {
-        spec.rowsPerStrip = 1 + rng() % (spec.height + 2);
-        chunkH = spec.rowsPerStrip;
-        chunks = (spec.height + chunkH - 1) / chunkH;
+        image.rowsPerStrip = 1 + rng() % (image.height + 2);
+        chunkH = image.rowsPerStrip;
+        chunks = (image.height + chunkH - 1) / chunkH;
     }
-    const uint32_t pixelBytes = spec.bitsPerSample / 8u * spec.samplesPerPixel;
+    const uint32_t pixelBytes = image.bitsPerSample / 8u * image.samplesPerPixel;
     const uint32_t chunkBytes = chunkW * chunkH * pixelBytes;
     const bool clearWhenFull = rng() % 2;
     for (uint32_t c = 0; c < chunks; ++c) {
         // The last strip holds only its own rows; tiles are always whole.
-        const uint32_t rows = tiled ? chunkH : std::min(chunkH, spec.height - c * chunkH);
+        const uint32_t rows = tiled ? chunkH : std::min(chunkH, image.height - c * chunkH);
         const Bytes raw = pictureBytes(rng, size_t(chunkW) * rows * pixelBytes);
-        if (spec.compression == tiffCompressionLZW)
-            spec.chunks.push_back(lzwEncodeTiff(raw, clearWhenFull));
-        else if (spec.compression == tiffCompressionPackBits)
-            spec.chunks.push_back(packBitsEncode(raw));
+        if (image.compression == tiffCompressionLZW)
+            image.chunks.push_back(lzwEncodeTiff(raw, clearWhenFull));
+        else if (image.compression == tiffCompressionPackBits)
+            image.chunks.push_back(packBitsEncode(raw));
         else
-            spec.chunks.push_back(raw);
+            image.chunks.push_back(raw);
     }
-    return {buildImage(spec), chunkBytes};
+    return {buildImage(image), chunkBytes};
 }
 
 std::vector<std::string> sampleFiles()

@@ -95,11 +95,11 @@ Bytes TiffBuilder::build() const
     return out;
 }
 
-Bytes buildImage(const ImageSpec& spec)
+Bytes buildImage(const ImageSpec& image)
 {
-    TiffBuilder b(spec.bigEndian);
+    TiffBuilder b(image.bigEndian);
     std::vector<uint32_t> offsets, counts;
-    for (const Bytes& chunk : spec.chunks) {
+    for (const Bytes& chunk : image.chunks) {
         offsets.push_back(b.addData(chunk));
         counts.push_back(uint32_t(chunk.size()));
     }
@@ -110,22 +110,22 @@ Bytes buildImage(const ImageSpec& spec)
         else
             b.addLongs(tag, {v});
     };
-    addSize(256, spec.width);
-    addSize(257, spec.height);
-    b.addShorts(258, std::vector<uint16_t>(spec.samplesPerPixel, spec.bitsPerSample));
-    b.addShorts(259, {spec.compression});
+    addSize(256, image.width);
+    addSize(257, image.height);
+    b.addShorts(258, std::vector<uint16_t>(image.samplesPerPixel, image.bitsPerSample));
+    b.addShorts(259, {image.compression});
     b.addShorts(262, {2});
-    b.addShorts(277, {spec.samplesPerPixel});
-    if (spec.predictor != 1)
-        b.addShorts(317, {spec.predictor});
-    if (spec.tileWidth) {
-        b.addLongs(322, {spec.tileWidth});
-        b.addLongs(323, {spec.tileLength});
+    b.addShorts(277, {image.samplesPerPixel});
+    if (image.predictor != 1)
+        b.addShorts(317, {image.predictor});
+    if (image.tileWidth) {
+        b.addLongs(322, {image.tileWidth});
+        b.addLongs(323, {image.tileLength});
         b.addLongs(324, offsets);
         b.addLongs(325, counts);
     } else {
         b.addLongs(273, offsets);
-        addSize(278, spec.rowsPerStrip ? spec.rowsPerStrip : spec.height);
+        addSize(278, image.rowsPerStrip ? image.rowsPerStrip : image.height);
         b.addLongs(279, counts);
     }
     return b.build();

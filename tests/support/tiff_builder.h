@@ -61,7 +61,7 @@ struct ImageSpec {
     std::vector<Bytes> chunks;
 };
 
-Bytes buildImage(const ImageSpec& spec);
+Bytes buildImage(const ImageSpec& image);
 
 // The records a host keeps for one file: the file buffer filled with the
 // bytes, the description and the parsed header, after imgLoadHeader.

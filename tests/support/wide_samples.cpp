@@ -65,19 +65,19 @@ Bytes packBitsEncode(const Bytes& data)
     return out;
 }
 
-Bytes buildStripImage(ImageSpec spec, const std::function<Bytes(uint32_t y0, uint32_t y1)>& rows)
+Bytes buildStripImage(ImageSpec image, const std::function<Bytes(uint32_t y0, uint32_t y1)>& rows)
 {
-    const uint32_t perStrip = spec.rowsPerStrip ? spec.rowsPerStrip : std::max<uint32_t>(spec.height, 1);
-    spec.chunks.clear();
-    for (uint32_t y0 = 0; y0 < spec.height; y0 += perStrip) {
-        Bytes raw = rows(y0, std::min(spec.height, y0 + perStrip));
-        if (spec.compression == 5)
+    const uint32_t perStrip = image.rowsPerStrip ? image.rowsPerStrip : std::max<uint32_t>(image.height, 1);
+    image.chunks.clear();
+    for (uint32_t y0 = 0; y0 < image.height; y0 += perStrip) {
+        Bytes raw = rows(y0, std::min(image.height, y0 + perStrip));
+        if (image.compression == 5)
             raw = lzwEncodeTiff(raw);
-        else if (spec.compression == 32773)
+        else if (image.compression == 32773)
             raw = packBitsEncode(raw);
-        spec.chunks.push_back(raw);
+        image.chunks.push_back(raw);
     }
-    return buildImage(spec);
+    return buildImage(image);
 }
 
 ImageSpec stripSpec(bool bigEndian, uint32_t width, uint32_t height, uint16_t samples, uint16_t bits,
@@ -107,14 +107,14 @@ static Bytes buildSampled(const ImageSpec& sp, const F& value, Put put)
     });
 }
 
-Bytes buildImage16(const ImageSpec& spec, const std::function<uint16_t(uint32_t, uint32_t, uint32_t)>& value)
+Bytes buildImage16(const ImageSpec& image, const std::function<uint16_t(uint32_t, uint32_t, uint32_t)>& value)
 {
-    return buildSampled(spec, value, putU16);
+    return buildSampled(image, value, putU16);
 }
 
-Bytes buildImageF(const ImageSpec& spec, const std::function<float(uint32_t, uint32_t, uint32_t)>& value)
+Bytes buildImageF(const ImageSpec& image, const std::function<float(uint32_t, uint32_t, uint32_t)>& value)
 {
-    return buildSampled(spec, value, putFloat);
+    return buildSampled(image, value, putFloat);
 }
 
 } // namespace vktest

@@ -22,18 +22,18 @@ float byteReversed(float v);
 // as run packets, everything else as literal packets of up to 128 bytes.
 Bytes packBitsEncode(const Bytes& data);
 
-// An image in strips of spec.rowsPerStrip rows (0: one strip): rows(y0, y1)
+// An image in strips of image.rowsPerStrip rows (0: one strip): rows(y0, y1)
 // gives the raw bytes of rows y0 .. y1 - 1, which are compressed as
-// spec.compression says (1 none, 5 LZW, 32773 PackBits) into spec.chunks.
-Bytes buildStripImage(ImageSpec spec, const std::function<Bytes(uint32_t y0, uint32_t y1)>& rows);
+// image.compression says (1 none, 5 LZW, 32773 PackBits) into image.chunks.
+Bytes buildStripImage(ImageSpec image, const std::function<Bytes(uint32_t y0, uint32_t y1)>& rows);
 
-// The spec of an interleaved strip image (rowsPerStrip 0: one strip).
+// The image of an interleaved strip image (rowsPerStrip 0: one strip).
 ImageSpec stripSpec(bool bigEndian, uint32_t width, uint32_t height, uint16_t samples, uint16_t bits,
                     uint16_t compression, uint32_t rowsPerStrip = 0);
 
 // Strip images whose sample s of pixel (x, y) is value(x, y, s), written as a
 // 16-bit number or a float in the file's byte order.
-Bytes buildImage16(const ImageSpec& spec, const std::function<uint16_t(uint32_t, uint32_t, uint32_t)>& value);
-Bytes buildImageF(const ImageSpec& spec, const std::function<float(uint32_t, uint32_t, uint32_t)>& value);
+Bytes buildImage16(const ImageSpec& image, const std::function<uint16_t(uint32_t, uint32_t, uint32_t)>& value);
+Bytes buildImageF(const ImageSpec& image, const std::function<float(uint32_t, uint32_t, uint32_t)>& value);
 
 } // namespace vktest
