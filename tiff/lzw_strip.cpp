@@ -1,6 +1,7 @@
 // lzw_strip.cpp - whole-chunk TIFF LZW decoding: short strings stored from one word per code, long ones copied from earlier output
 #include "tiff/lzw_strip.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
@@ -32,7 +33,8 @@ constexpr int step = 8;
 constexpr int headBytes = 7;
 constexpr int lengthShift = 56;
 constexpr int longString = 8;
-constexpr uint64_t headMask = (uint64_t(1) << lengthShift) - 1;
+// The clear and end codes' words: a length no string has.
+constexpr uint64_t controlWord = uint64_t(0xFF) << lengthShift;
 constexpr int offsetShift = 8;
 constexpr int longLengthShift = 40;
 
@@ -50,54 +52,50 @@ inline int longLength(uint64_t word) { return int((word >> longLengthShift) & 0x
 inline uint64_t extend(uint64_t word, unsigned int byte, uint32_t offset)
 {
     const uint64_t n = word >> lengthShift;
+    // The bytes past a short string are zero.
     if (n < headBytes)
-        return (word & headMask) | uint64_t(byte) << (8 * n) | (n + 1) << lengthShift;
+        return word + (uint64_t(1) << lengthShift) + (uint64_t(byte) << (8 * n));
     const uint32_t length = n == headBytes ? headBytes : uint32_t(longLength(word));
     return longWord(unsigned(word), offset, length + 1);
 }
 
-// The code reader of TIFF mode, most significant bit first, eight bytes at a
-// time into a 64-bit accumulator. Input is counted by virtual byte index:
-// bytes at or past the end read as 0, as they do for ff_lzw_decode's reader.
+// The code reader of TIFF mode, most significant bit first. A code is cut
+// from the eight bytes at its first bit, so the position in bits is all the
+// state there is. Bytes at or past the end read as 0, as they do for
+// ff_lzw_decode's reader.
 struct Bits {
     const unsigned char* data;
     size_t size;
-    size_t next = 0;  // index of the next byte to load
-    uint64_t acc = 0; // unread bits, most significant first
-    int count = 0;    // unread bits in acc
+    uint64_t pos = 0; // bits read
 
-    void refill()
+    // True while eight bytes can be loaded at the next code.
+    bool whole() const { return (pos >> 3) + 8 <= size; }
+
+    // The next code, where whole() holds.
+    int peekWhole(int width) const
     {
-        if (next + 8 <= size) {
-            uint64_t v;
-            std::memcpy(&v, data + next, sizeof v);
-            acc |= __builtin_bswap64(v) >> count;
-            // Whole bytes only; the part of a byte loaded beyond them is
-            // loaded again, to the same bits, by the next fill.
-            const int bytes = (63 - count) >> 3;
-            next += size_t(bytes);
-            count += bytes * 8;
-            return;
-        }
-        while (count <= 56) {
-            const uint64_t byte = next < size ? data[next] : 0;
-            acc |= byte << (56 - count);
-            ++next;
-            count += 8;
-        }
+        uint64_t v;
+        std::memcpy(&v, data + (pos >> 3), sizeof v);
+        return int((__builtin_bswap64(v) << (pos & 7)) >> (64 - width));
     }
 
     int get(int width)
     {
-        if (count < width)
-            refill();
-        const int code = int(acc >> (64 - width));
-        acc <<= width;
-        count -= width;
+        int code;
+        if (whole()) {
+            code = peekWhole(width);
+        } else {
+            uint64_t v = 0;
+            const uint64_t at = pos >> 3;
+            for (uint64_t i = at; i < at + 8; ++i)
+                v = v << 8 | (i < size ? data[i] : 0u);
+            code = int((v << (pos & 7)) >> (64 - width));
+        }
+        pos += uint64_t(width);
         return code;
     }
 
-    uint64_t bitsRead() const { return uint64_t(next) * 8 - uint64_t(count); }
+    bool usedUp() const { return pos >= uint64_t(size) * 8; }
 };
 
 // Leaves in s the reader state that ff_lzw_decode's reader would hold after
@@ -136,6 +134,94 @@ inline void copyString(unsigned char* to, const unsigned char* from, int n, bool
         to[i] = from[i];
 }
 
+// What decodeBlock carries from code to code.
+struct Walk {
+    uint64_t* word;
+    LZWState* s;
+    unsigned char* out;
+    const unsigned char* end;
+    const unsigned char* in;
+    unsigned char* dst;
+    uint64_t pos;
+    uint64_t prevWord;
+    uint32_t prevAt;
+    int prevCode;
+    int nextCode;
+};
+
+// Decodes up to `block` codes of width W from bit k.pos: codes that all load
+// whole from k.in, define a slot each without filling the table, and whose
+// short strings all fit before k.end with a step to spare. A long string
+// ends the block early, as it spends the output faster than a short one.
+// Returns true when it stopped before a code it does not take (one beyond
+// the next free slot, a clear or end code, a long string without room),
+// which is then still unread. A separate function with the width fixed, so
+// that the loop keeps its values in registers.
+template <int W>
+__attribute__((noinline)) bool decodeBlock(Walk& k, int block)
+{
+    uint64_t* const word = k.word;
+    unsigned char* const suffix = k.s->suffix;
+    unsigned short* const prefix = k.s->prefix;
+    unsigned char* const out = k.out;
+    const unsigned char* const in = k.in;
+    unsigned char* dst = k.dst;
+    unsigned char* prevDst = out + k.prevAt;
+    uint64_t pos = k.pos;
+    uint64_t prevWord = k.prevWord;
+    int prevCode = k.prevCode;
+    int nextCode = k.nextCode;
+    const int last = nextCode + block;
+    bool stopped = false;
+    while (nextCode < last) {
+        uint64_t v;
+        std::memcpy(&v, in + (pos >> 3), sizeof v);
+        const int c = int((__builtin_bswap64(v) << (pos & 7)) >> (64 - W));
+        uint64_t w;
+        if (c < nextCode) {
+            w = word[c];
+        } else if (c == nextCode) {
+            w = extend(prevWord, unsigned(prevWord) & 0xFF, uint32_t(prevDst - out));
+        } else {
+            stopped = true;
+            break;
+        }
+        int n = int(w >> lengthShift);
+        bool endsBlock = false;
+        if (n < longString) {
+            std::memcpy(dst, &w, step); // the bytes past the string are rewritten later
+        } else {
+            n = longLength(w);
+            if (w >= controlWord || k.end - dst < n + step) {
+                stopped = true;
+                break;
+            }
+            const unsigned char* from = out + longOffset(w);
+            copyString(dst, from, n, dst - from >= step, k.end);
+            endsBlock = true;
+        }
+        const unsigned char first = static_cast<unsigned char>(w);
+        word[nextCode] = extend(prevWord, first, uint32_t(prevDst - out));
+        suffix[nextCode] = first;
+        prefix[nextCode] = static_cast<unsigned short>(prevCode);
+        ++nextCode;
+        prevCode = c;
+        prevWord = w;
+        prevDst = dst;
+        dst += n;
+        pos += W;
+        if (endsBlock)
+            break;
+    }
+    k.dst = dst;
+    k.prevAt = uint32_t(prevDst - out);
+    k.pos = pos;
+    k.prevWord = prevWord;
+    k.prevCode = prevCode;
+    k.nextCode = nextCode;
+    return stopped;
+}
+
 } // namespace
 
 bool lzwFreshTiffStart(const LZWState& s)
@@ -156,6 +242,7 @@ int lzwDecodeStrip(LZWState* s, unsigned char* out, int len)
     uint64_t word[lzwTableSize];
     for (int r = 0; r < clearCode; ++r)
         word[r] = uint64_t(r) | uint64_t(1) << lengthShift;
+    word[clearCode] = word[endCode] = controlWord;
     int run = 0; // 0 until the first clear code
     // The previous code's string: its word and where it was written.
     uint64_t prevWord = 0;
@@ -171,6 +258,50 @@ int lzwDecodeStrip(LZWState* s, unsigned char* out, int len)
     int unread = 0;             // bits of a code handed back to ff_lzw_decode
 
     while (dst < end) {
+        // The common codes, in blocks that neither fill the table nor widen
+        // the code, whose codes all load whole from the input and whose
+        // short strings all fit the output with a step to spare: a string
+        // known in the table, or the one being defined, stored whole. A long
+        // string ends its block; anything else is left to the steps below,
+        // from the same code on.
+        while (run > 0 && run < fullRun && end - dst >= step && bits.whole()) {
+            const int width = codeWidth;
+            const uint64_t lastWhole = (uint64_t(bits.size) - 8) * 8 + 7; // the last position whole() allows
+            const uint64_t byInput = (lastWhole - bits.pos) / unsigned(width) + 1;
+            const uint64_t byOutput = uint64_t(end - dst - step) / headBytes + 1;
+            const int byTable = std::min(growRun, fullRun) - run;
+            int block = int(std::min<uint64_t>(std::min(byInput, byOutput), uint64_t(byTable)));
+            Walk k{word, s, out, end, bits.data, dst, bits.pos, prevWord, prevAt, prevCode, firstFreeCode - 1 + run};
+            bool stopped;
+            switch (width) {
+            case 9:
+                stopped = decodeBlock<9>(k, block);
+                break;
+            case 10:
+                stopped = decodeBlock<10>(k, block);
+                break;
+            case 11:
+                stopped = decodeBlock<11>(k, block);
+                break;
+            default:
+                stopped = decodeBlock<12>(k, block);
+                break;
+            }
+            dst = k.dst;
+            bits.pos = k.pos;
+            prevWord = k.prevWord;
+            prevAt = k.prevAt;
+            prevCode = k.prevCode;
+            run = k.nextCode - (firstFreeCode - 1);
+            if (run == growRun) {
+                ++codeWidth;
+                growRun = growRunFor(codeWidth);
+            }
+            if (stopped)
+                break;
+        }
+        if (dst >= end)
+            break;
         int c = bits.get(codeWidth);
         if (c >= clearCode && c < firstFreeCode) {
             if (c == endCode) {
@@ -242,11 +373,11 @@ int lzwDecodeStrip(LZWState* s, unsigned char* out, int len)
         // of its string) as they were. Once it is full and the input used
         // up, ff_lzw_decode goes on: it takes the zero codes that follow to
         // the end of the request in one step.
-        if (run == fullRun && bits.next >= bits.size)
+        if (run == fullRun && bits.usedUp())
             break;
     }
 
-    storeReader(s, bits.data, bits.size, bits.bitsRead() - uint64_t(unread));
+    storeReader(s, bits.data, bits.size, bits.pos - uint64_t(unread));
     s->stackTop = s->pending;
     if (run > 0) {
         s->prevCode = prevCode;
