@@ -47,6 +47,15 @@ inline uint64_t longWord(unsigned int first, uint32_t offset, uint32_t length)
 inline uint32_t longOffset(uint64_t word) { return uint32_t(word >> offsetShift); }
 inline int longLength(uint64_t word) { return int((word >> longLengthShift) & 0xFFFF); }
 
+// The last byte of a string, a long one read where it was written.
+inline unsigned char lastByte(uint64_t word, const unsigned char* out)
+{
+    const uint64_t n = word >> lengthShift;
+    if (n < longString)
+        return static_cast<unsigned char>(word >> (8 * (n - 1)));
+    return out[longOffset(word) + uint32_t(longLength(word)) - 1];
+}
+
 // The word of the string written at `offset` and followed there by `byte`,
 // extended by that byte (a long one then lies at `offset`).
 inline uint64_t extend(uint64_t word, unsigned int byte, uint32_t offset)
@@ -151,74 +160,93 @@ struct Walk {
 
 // Decodes up to `block` codes of width W from bit k.pos: codes that all load
 // whole from k.in, define a slot each without filling the table, and whose
-// short strings all fit before k.end with a step to spare. A long string
-// ends the block early, as it spends the output faster than a short one.
-// Returns true when it stopped before a code it does not take (one beyond
-// the next free slot, a clear or end code, a long string without room),
-// which is then still unread. A separate function with the width fixed, so
-// that the loop keeps its values in registers.
+// short strings all fit before k.end with a step to spare (a long string
+// narrows the block to what still fits after it). Returns true when it
+// stopped before a code it does not take (one beyond the next free slot, a
+// clear or end code, a long string without room), which is then still
+// unread. A separate function with the width fixed, so that the loop keeps
+// its values in registers; codes are cut from one load for as many as it
+// holds.
 template <int W>
 __attribute__((noinline)) bool decodeBlock(Walk& k, int block)
 {
+    // A load shifted to the code's first bit holds at least 57 bits.
+    constexpr unsigned perLoad = 57 / W;
     uint64_t* const word = k.word;
-    unsigned char* const suffix = k.s->suffix;
-    unsigned short* const prefix = k.s->prefix;
-    unsigned char* const out = k.out;
-    const unsigned char* const in = k.in;
+    LZWState* const st = k.s;
     unsigned char* dst = k.dst;
-    unsigned char* prevDst = out + k.prevAt;
     uint64_t pos = k.pos;
     uint64_t prevWord = k.prevWord;
-    int prevCode = k.prevCode;
-    int nextCode = k.nextCode;
-    const int last = nextCode + block;
+    unsigned prevCode = unsigned(k.prevCode);
+    unsigned nextCode = unsigned(k.nextCode);
+    unsigned last = nextCode + unsigned(block);
+    // The previous string extended by `byte`, while dst is the place of the
+    // string after it; the previous one's place is only needed for a long
+    // result.
+    uint64_t prevLength = prevWord >> lengthShift;
+    if (prevLength >= longString)
+        prevLength = uint64_t(longLength(prevWord));
+    const auto grow = [&](uint64_t byte) {
+        if (__builtin_expect(prevLength < headBytes, 1))
+            return prevWord + (uint64_t(1) << lengthShift) + (byte << (8 * prevLength));
+        return extend(prevWord, unsigned(byte), uint32_t(dst - k.out) - uint32_t(prevLength));
+    };
     bool stopped = false;
     while (nextCode < last) {
         uint64_t v;
-        std::memcpy(&v, in + (pos >> 3), sizeof v);
-        const int c = int((__builtin_bswap64(v) << (pos & 7)) >> (64 - W));
-        uint64_t w;
-        if (c < nextCode) {
-            w = word[c];
-        } else if (c == nextCode) {
-            w = extend(prevWord, unsigned(prevWord) & 0xFF, uint32_t(prevDst - out));
-        } else {
-            stopped = true;
-            break;
-        }
-        int n = int(w >> lengthShift);
-        bool endsBlock = false;
-        if (n < longString) {
-            std::memcpy(dst, &w, step); // the bytes past the string are rewritten later
-        } else {
-            n = longLength(w);
-            if (w >= controlWord || k.end - dst < n + step) {
+        std::memcpy(&v, k.in + (pos >> 3), sizeof v);
+        uint64_t bits = __builtin_bswap64(v) << (pos & 7);
+        const unsigned groupStart = nextCode;
+        unsigned groupEnd = nextCode + std::min(perLoad, last - nextCode);
+        do {
+            const unsigned c = unsigned(bits >> (64 - W));
+            uint64_t w;
+            if (__builtin_expect(c < nextCode, 1)) {
+                w = word[c];
+            } else if (c == nextCode) {
+                w = grow(prevWord & 0xFF);
+            } else {
                 stopped = true;
                 break;
             }
-            const unsigned char* from = out + longOffset(w);
-            copyString(dst, from, n, dst - from >= step, k.end);
-            endsBlock = true;
-        }
-        const unsigned char first = static_cast<unsigned char>(w);
-        word[nextCode] = extend(prevWord, first, uint32_t(prevDst - out));
-        suffix[nextCode] = first;
-        prefix[nextCode] = static_cast<unsigned short>(prevCode);
-        ++nextCode;
-        prevCode = c;
-        prevWord = w;
-        prevDst = dst;
-        dst += n;
-        pos += W;
-        if (endsBlock)
+            uint64_t n = w >> lengthShift;
+            if (__builtin_expect(n < longString, 1)) {
+                std::memcpy(dst, &w, step); // the bytes past the string are rewritten later
+            } else {
+                n = uint64_t(longLength(w));
+                if (w >= controlWord || uint64_t(k.end - dst) < n + step) {
+                    stopped = true;
+                    break;
+                }
+                const unsigned char* from = k.out + longOffset(w);
+                copyString(dst, from, int(n), dst - from >= step, k.end);
+                groupEnd = nextCode + 1; // the room left is measured again
+            }
+            word[nextCode] = grow(w & 0xFF);
+            // Addressed through st, not through a pointer held in a register.
+            st->prefix[nextCode] = static_cast<unsigned short>(prevCode);
+            ++nextCode;
+            prevCode = c;
+            prevWord = w;
+            prevLength = n;
+            dst += n;
+            bits <<= W;
+        } while (nextCode < groupEnd);
+        pos += uint64_t(nextCode - groupStart) * W;
+        if (stopped)
             break;
+        // Short strings fit as far as the room left, which a long one spends
+        // faster than the block assumed.
+        const uint64_t room = uint64_t(k.end - dst);
+        const unsigned fit = room >= step ? unsigned((room - step) / headBytes) + 1 : 0;
+        last = std::min(last, nextCode + fit);
     }
+    k.prevAt = uint32_t(dst - k.out) - uint32_t(prevLength);
     k.dst = dst;
-    k.prevAt = uint32_t(prevDst - out);
     k.pos = pos;
     k.prevWord = prevWord;
-    k.prevCode = prevCode;
-    k.nextCode = nextCode;
+    k.prevCode = int(prevCode);
+    k.nextCode = int(nextCode);
     return stopped;
 }
 
@@ -256,14 +284,14 @@ int lzwDecodeStrip(LZWState* s, unsigned char* out, int len)
     bool ended = false;
     bool endAfterClear = false; // the table was reset, prevCode kept
     int unread = 0;             // bits of a code handed back to ff_lzw_decode
+    int defined = firstFreeCode; // slots below were defined by this call
 
     while (dst < end) {
         // The common codes, in blocks that neither fill the table nor widen
         // the code, whose codes all load whole from the input and whose
         // short strings all fit the output with a step to spare: a string
-        // known in the table, or the one being defined, stored whole. A long
-        // string ends its block; anything else is left to the steps below,
-        // from the same code on.
+        // known in the table, or the one being defined. Anything else is
+        // left to the steps below, from the same code on.
         while (run > 0 && run < fullRun && end - dst >= step && bits.whole()) {
             const int width = codeWidth;
             const uint64_t lastWhole = (uint64_t(bits.size) - 8) * 8 + 7; // the last position whole() allows
@@ -293,6 +321,7 @@ int lzwDecodeStrip(LZWState* s, unsigned char* out, int len)
             prevAt = k.prevAt;
             prevCode = k.prevCode;
             run = k.nextCode - (firstFreeCode - 1);
+            defined = std::max(defined, k.nextCode);
             if (run == growRun) {
                 ++codeWidth;
                 growRun = growRunFor(codeWidth);
@@ -357,8 +386,6 @@ int lzwDecodeStrip(LZWState* s, unsigned char* out, int len)
         if (run < fullRun) {
             const unsigned char first = static_cast<unsigned char>(w);
             word[nextCode] = extend(prevWord, first, prevAt);
-            // Addressed through s, not through pointers held in registers.
-            s->suffix[nextCode] = first;
             s->prefix[nextCode] = static_cast<unsigned short>(prevCode);
             prevCode = c;
             prevWord = w;
@@ -367,6 +394,7 @@ int lzwDecodeStrip(LZWState* s, unsigned char* out, int len)
                 ++codeWidth;
                 growRun = growRunFor(codeWidth);
             }
+            defined = std::max(defined, firstFreeCode - 1 + run);
         }
         dst += n;
         // A full table adds nothing and leaves prevCode (and the first byte
@@ -377,6 +405,10 @@ int lzwDecodeStrip(LZWState* s, unsigned char* out, int len)
             break;
     }
 
+    // Each slot's suffix is the last byte of its string, written once here
+    // rather than with every code.
+    for (int code = firstFreeCode; code < defined; ++code)
+        s->suffix[code] = lastByte(word[code], out);
     storeReader(s, bits.data, bits.size, bits.pos - uint64_t(unread));
     s->stackTop = s->pending;
     if (run > 0) {
