@@ -164,21 +164,40 @@ struct Walk {
 // narrows the block to what still fits after it). Returns true when it
 // stopped before a code it does not take (one beyond the next free slot, a
 // clear or end code, a long string without room), which is then still
-// unread. A separate function with the width fixed, so that the loop keeps
-// its values in registers; codes are cut from one load for as many as it
-// holds.
+// unread. The codes are cut from the input first, as many from one load as
+// it holds; a separate function with the width fixed, so that each loop
+// keeps its values in registers.
 template <int W>
 __attribute__((noinline)) bool decodeBlock(Walk& k, int block)
 {
     // A load shifted to the code's first bit holds at least 57 bits.
-    constexpr unsigned perLoad = 57 / W;
+    constexpr int perLoad = 57 / W;
+    // codes[slot]: the code that defines the slot, read ahead.
+    unsigned short codes[lzwTableSize];
+    const unsigned first = unsigned(k.nextCode);
+    {
+        const unsigned char* const in = k.in;
+        uint64_t pos = k.pos;
+        unsigned short* const to = codes + first;
+        int j = 0;
+        for (; j + perLoad <= block; j += perLoad, pos += perLoad * W) {
+            uint64_t v;
+            std::memcpy(&v, in + (pos >> 3), sizeof v);
+            uint64_t bits = __builtin_bswap64(v) << (pos & 7);
+#pragma GCC unroll 8
+            for (int i = 0; i < perLoad; ++i, bits <<= W)
+                to[j + i] = static_cast<unsigned short>(bits >> (64 - W));
+        }
+        for (; j < block; ++j, pos += W) {
+            uint64_t v;
+            std::memcpy(&v, in + (pos >> 3), sizeof v);
+            to[j] = static_cast<unsigned short>((__builtin_bswap64(v) << (pos & 7)) >> (64 - W));
+        }
+    }
     uint64_t* const word = k.word;
-    LZWState* const st = k.s;
     unsigned char* dst = k.dst;
-    uint64_t pos = k.pos;
     uint64_t prevWord = k.prevWord;
-    unsigned prevCode = unsigned(k.prevCode);
-    unsigned nextCode = unsigned(k.nextCode);
+    unsigned nextCode = first;
     unsigned last = nextCode + unsigned(block);
     // The previous string extended by `byte`, while dst is the place of the
     // string after it; the previous one's place is only needed for a long
@@ -193,59 +212,49 @@ __attribute__((noinline)) bool decodeBlock(Walk& k, int block)
     };
     bool stopped = false;
     while (nextCode < last) {
-        uint64_t v;
-        std::memcpy(&v, k.in + (pos >> 3), sizeof v);
-        uint64_t bits = __builtin_bswap64(v) << (pos & 7);
-        const unsigned groupStart = nextCode;
-        unsigned groupEnd = nextCode + std::min(perLoad, last - nextCode);
-        do {
-            const unsigned c = unsigned(bits >> (64 - W));
-            uint64_t w;
-            if (__builtin_expect(c < nextCode, 1)) {
-                w = word[c];
-            } else if (c == nextCode) {
-                w = grow(prevWord & 0xFF);
-            } else {
+        const unsigned c = codes[nextCode];
+        uint64_t w;
+        if (__builtin_expect(c < nextCode, 1)) {
+            w = word[c];
+        } else if (c == nextCode) {
+            w = grow(prevWord & 0xFF);
+        } else {
+            stopped = true;
+            break;
+        }
+        uint64_t n = w >> lengthShift;
+        if (__builtin_expect(n < longString, 1)) {
+            std::memcpy(dst, &w, step); // the bytes past the string are rewritten later
+        } else {
+            n = uint64_t(longLength(w));
+            if (w >= controlWord || uint64_t(k.end - dst) < n + step) {
                 stopped = true;
                 break;
             }
-            uint64_t n = w >> lengthShift;
-            if (__builtin_expect(n < longString, 1)) {
-                std::memcpy(dst, &w, step); // the bytes past the string are rewritten later
-            } else {
-                n = uint64_t(longLength(w));
-                if (w >= controlWord || uint64_t(k.end - dst) < n + step) {
-                    stopped = true;
-                    break;
-                }
-                const unsigned char* from = k.out + longOffset(w);
-                copyString(dst, from, int(n), dst - from >= step, k.end);
-                groupEnd = nextCode + 1; // the room left is measured again
-            }
-            word[nextCode] = grow(w & 0xFF);
-            // Addressed through st, not through a pointer held in a register.
-            st->prefix[nextCode] = static_cast<unsigned short>(prevCode);
-            ++nextCode;
-            prevCode = c;
-            prevWord = w;
-            prevLength = n;
-            dst += n;
-            bits <<= W;
-        } while (nextCode < groupEnd);
-        pos += uint64_t(nextCode - groupStart) * W;
-        if (stopped)
-            break;
-        // Short strings fit as far as the room left, which a long one spends
-        // faster than the block assumed.
-        const uint64_t room = uint64_t(k.end - dst);
-        const unsigned fit = room >= step ? unsigned((room - step) / headBytes) + 1 : 0;
-        last = std::min(last, nextCode + fit);
+            const unsigned char* from = k.out + longOffset(w);
+            copyString(dst, from, int(n), dst - from >= step, k.end);
+            // Short strings fit as far as the room left after this one.
+            const uint64_t room = uint64_t(k.end - dst) - n;
+            const unsigned fit = room >= step ? unsigned((room - step) / headBytes) + 1 : 0;
+            last = std::min(last, nextCode + 1 + fit);
+        }
+        word[nextCode] = grow(w & 0xFF);
+        ++nextCode;
+        prevWord = w;
+        prevLength = n;
+        dst += n;
+    }
+    // Each slot defined here takes the code before it as its prefix.
+    const unsigned taken = nextCode - first;
+    if (taken > 0) {
+        k.s->prefix[first] = static_cast<unsigned short>(k.prevCode);
+        std::memcpy(k.s->prefix + first + 1, codes + first, (taken - 1) * sizeof codes[0]);
+        k.prevCode = codes[nextCode - 1];
     }
     k.prevAt = uint32_t(dst - k.out) - uint32_t(prevLength);
     k.dst = dst;
-    k.pos = pos;
+    k.pos += uint64_t(taken) * W;
     k.prevWord = prevWord;
-    k.prevCode = int(prevCode);
     k.nextCode = int(nextCode);
     return stopped;
 }
