@@ -59,7 +59,8 @@ print(f"- Run: {context.get('date', '?')}, load average {os.getloadavg()[0]:.2f}
 print("- Images: 4096 x 4096 photo-like (multi-scale smooth noise plus grain) from numpy + tifffile, "
       "variants written by tiffcp: `s16` strips of 16 rows, `s1` one strip, `t256` 256 x 256 tiles; "
       "`none`, `lzw`, `lzwp` (LZW with horizontal predictor), `pb` (PackBits).")
-print("- Figures: output MB/s (RGBA bytes written per second of CPU time, best of the repetitions). "
+print("- Figures: output MB/s (RGBA bytes written per second of CPU time, best of five repetitions run in "
+      "random order, so that a slow spell of this shared machine meets every variant alike). "
       "Plug-in: the exported entry on the loaded file buffer after imgLoadHeader. libtiff: the same bytes "
       "in memory, TIFFReadEncodedStrip/Tile plus expansion to RGBA of the same depth; libtiff RGBA: "
       "TIFFReadRGBAImage (8-bit only). Ratio = plug-in / libtiff.")
@@ -71,7 +72,7 @@ print()
 head = "| image | entry | plug-in MB/s | libtiff MB/s | ratio | libtiff RGBA MB/s | ratio |"
 rule = "|---|---|---:|---:|---:|---:|---:|"
 if before:
-    head += " plug-in before MB/s | speed-up |"
+    head += " plug-in before fast paths MB/s | speed-up |"
     rule += "---:|---:|"
 print(head)
 print(rule)
