@@ -9,74 +9,29 @@
 #include "support/lzw_encoder.h"
 #include "support/packbits.h"
 #include "support/tiff_builder.h"
+#include "support/wide_samples.h"
 
 using namespace vktest;
 
 namespace {
 
-constexpr uint16_t none = 1, lzw = 5, packBits = 32773;
 constexpr Px startPx{204, 204, 204, 255};
 
 // Sample s of pixel (x, y) as a 16-bit value; 8-bit images store its high
 // byte. Every third row is flat so that PackBits and LZW meet long runs.
 uint16_t word(uint32_t x, uint32_t y, uint32_t s) { return y % 3 == 1 ? 0x8181 : uint16_t(x * 4099u + y * 1237u + s * 21011u + 7u); }
-uint8_t high(uint16_t w) { return uint8_t(w >> 8); }
 
-// File bytes of rows y0.. of a width-wide image, horizontally differenced
-// (every sample, as a TIFF writer does) when `predictor`.
-Bytes rowBytes(uint32_t width, uint32_t y0, uint32_t rows, uint32_t spp, uint16_t bits, bool bigEndian, bool predictor)
+// Rows y0 .. y0 + rows - 1 of a width-wide image, stored as the form says.
+Bytes rowBytes(const SampleForm& f, uint32_t width, uint32_t y0, uint32_t rows)
 {
-    Bytes out;
-    for (uint32_t y = y0; y < y0 + rows; ++y)
-        for (uint32_t x = 0; x < width; ++x)
-            for (uint32_t s = 0; s < spp; ++s) {
-                uint16_t w = word(x, y, s);
-                if (predictor && x > 0)
-                    w = bits == 8 ? uint16_t(uint8_t(high(w) - high(word(x - 1, y, s))) << 8) : uint16_t(w - word(x - 1, y, s));
-                if (bits == 8)
-                    out.push_back(high(w));
-                else if (bigEndian)
-                    out.insert(out.end(), {high(w), uint8_t(w)});
-                else
-                    out.insert(out.end(), {uint8_t(w), high(w)});
-            }
-    return out;
+    return chunkBytes(f, width, rows, [&](uint32_t x, uint32_t j, uint32_t s) { return word(x, y0 + j, s); });
 }
 
-Bytes compress(const Bytes& raw, uint16_t compression)
+ImageSpec integerImage(const SampleForm& f, uint32_t width, uint32_t height, uint32_t rowsPerStrip)
 {
-    if (compression == lzw)
-        return lzwEncodeTiff(raw);
-    if (compression == packBits)
-        return packBitsEncode(raw);
-    return raw;
-}
-
-struct Case {
-    uint16_t compression, predictor, bits, spp;
-    bool bigEndian;
-    std::string name() const
-    {
-        return "compression " + std::to_string(compression) + " predictor " + std::to_string(predictor) + " bits " +
-               std::to_string(bits) + " spp " + std::to_string(spp) + (bigEndian ? " MM" : " II");
-    }
-};
-
-ImageSpec integerImage(const Case& c, uint32_t width, uint32_t height, uint32_t rowsPerStrip)
-{
-    ImageSpec image;
-    image.bigEndian = c.bigEndian;
-    image.width = width;
-    image.height = height;
-    image.bitsPerSample = c.bits;
-    image.samplesPerPixel = c.spp;
-    image.compression = c.compression;
-    image.predictor = c.predictor;
-    image.rowsPerStrip = rowsPerStrip;
-    for (uint32_t y0 = 0; y0 < height; y0 += rowsPerStrip) {
-        const uint32_t rows = std::min(rowsPerStrip, height - y0);
-        image.chunks.push_back(compress(rowBytes(width, y0, rows, c.spp, c.bits, c.bigEndian, c.predictor == 2), c.compression));
-    }
+    ImageSpec image{f.bigEndian, width, height, f.bits, f.spp, f.compression, f.predictor, rowsPerStrip};
+    for (uint32_t y0 = 0; y0 < height; y0 += rowsPerStrip)
+        image.chunks.push_back(rowBytes(f, width, y0, std::min(rowsPerStrip, height - y0)));
     return image;
 }
 
@@ -117,7 +72,7 @@ TEST(Decode8Strips, IntegerPathsDecodeEveryPixel)
             for (uint16_t bits : {8, 16})
                 for (uint16_t spp : {3, 4, 5})
                     for (bool be : {false, true}) {
-                        const Case c{compression, predictor, bits, spp, be};
+                        const SampleForm c{compression, predictor, bits, spp, be};
                         if (predictor == 2 && compression != lzw)
                             continue;
                         if (predictor == 2 && bits == 16 && be)
@@ -152,14 +107,7 @@ TEST(Decode8Strips, FloatPathsConvertByTruncation)
         for (uint16_t spp : {3, 4})
             for (bool be : {false, true}) {
                 SCOPED_TRACE("compression " + std::to_string(compression) + " spp " + std::to_string(spp) + (be ? " MM" : " II"));
-                ImageSpec image;
-                image.bigEndian = be;
-                image.width = W;
-                image.height = H;
-                image.bitsPerSample = 32;
-                image.samplesPerPixel = spp;
-                image.compression = compression;
-                image.rowsPerStrip = RPS;
+                ImageSpec image{be, W, H, 32, spp, compression, 1, RPS};
                 for (uint32_t y0 = 0; y0 < H; y0 += RPS) {
                     // Only uncompressed floats follow the file's byte order;
                     // decompressed ones are taken in host order.
@@ -227,7 +175,7 @@ TEST(Decode8Strips, PackBitsFloatRunRepeatsConvertedByte)
 
 TEST(Decode8Strips, LzwStripChecks)
 {
-    const Case c8{lzw, 1, 8, 3, false};
+    const SampleForm c8{lzw, 1, 8, 3, false};
     struct Patch {
         const char* what;
         uint16_t bits;
@@ -247,7 +195,7 @@ TEST(Decode8Strips, LzwStripChecks)
             for (uint32_t y0 = 0; y0 < 7; y0 += 3)
                 image.chunks.push_back(lzwEncodeTiff(floatRows(5, y0, std::min(3u, 7 - y0), 3, false)));
         } else {
-            image = integerImage(Case{lzw, 1, p.bits, 3, false}, 5, 7, 3);
+            image = integerImage(SampleForm{lzw, 1, p.bits, 3, false}, 5, 7, 3);
         }
         LoadedTiff t = loadOk(image);
         t.header->stripByteCounts[p.strip] = p.byteCount;
@@ -261,14 +209,14 @@ TEST(Decode8Strips, LzwStripChecks)
 
     // Asking for more than the strip holds: the middle strip holds two rows of three.
     ImageSpec image = integerImage(c8, 5, 7, 3);
-    image.chunks[1] = lzwEncodeTiff(rowBytes(5, 3, 2, 3, 8, false, false));
+    image.chunks[1] = rowBytes(c8, 5, 3, 2);
     LoadedTiff t = loadOk(image);
     EXPECT_EQ(runDecode8(t, false, 5, 7).status, 14u);
 
     // A big-endian single strip keeps its byte count byte-reversed: a count
     // whose low byte has bit 7 set reads negative.
     for (uint32_t pad : {0u, 1u}) {
-        image = integerImage(Case{lzw, 1, 8, 3, true}, 5, 7, 7);
+        image = integerImage(SampleForm{lzw, 1, 8, 3, true}, 5, 7, 7);
         while ((image.chunks[0].size() & 0xFF) != (pad ? 0x80u : 0x7Fu))
             image.chunks[0].push_back(0); // bytes after the end code are never read
         t = loadOk(image);
@@ -325,7 +273,7 @@ TEST(Decode8Strips, DispatchAndEmptyStrips)
         for (uint16_t bits : {8, 32}) {
             SCOPED_TRACE(std::to_string(compression) + "/" + std::to_string(bits));
             ImageSpec image{false, 2, 2, bits, 3, compression};
-            image.chunks = {compress(bits == 8 ? rowBytes(2, 0, 2, 3, 8, false, false) : floatRows(2, 0, 2, 3, false), compression)};
+            image.chunks = {bits == 8 ? rowBytes({compression, 1, 8, 3, false}, 2, 0, 2) : compressed(floatRows(2, 0, 2, 3, false), compression)};
             LoadedTiff t = loadOk(image);
             t.header->stripCount = 0;
             Decoded8 d = runDecode8(t, false, 2, 2);
@@ -337,7 +285,7 @@ TEST(Decode8Strips, DispatchAndEmptyStrips)
             EXPECT_EQ(runDecode8(t, false, 2, 2).status, 4u);
         }
     ImageSpec image{false, 2, 2, 8, 3, lzw};
-    image.chunks = {lzwEncodeTiff(rowBytes(2, 0, 2, 3, 8, false, false))};
+    image.chunks = {rowBytes({lzw, 1, 8, 3, false}, 2, 0, 2)};
     LoadedTiff t = loadOk(image);
     t.header->bitsPerSample = 24;
     EXPECT_EQ(runDecode8(t, false, 2, 2).status, 4u);
@@ -368,8 +316,8 @@ TEST(Decode8Strips, HostileHeadersStayInBounds)
     for (const Hostile& h : cases) {
         SCOPED_TRACE(h.what);
         ImageSpec image{false, 3, 2, h.bits, 3, h.compression};
-        const Bytes raw = h.bits == 32 ? floatRows(3, 0, 2, 3, false) : rowBytes(3, 0, 2, 3, h.bits, false, false);
-        image.chunks = {compress(raw, h.compression)};
+        image.chunks = {h.bits == 32 ? compressed(floatRows(3, 0, 2, 3, false), h.compression)
+                                     : rowBytes({h.compression, 1, h.bits, 3, false}, 3, 0, 2)};
         LoadedTiff t = loadOk(image);
         t.header->imageWidth = h.width;
         t.header->rowsPerStrip = h.rowsPerStrip;

@@ -11,11 +11,9 @@ using namespace vktest;
 
 namespace {
 
-constexpr uint16_t none = 1, lzw = 5, packBits = 32773;
 constexpr uint16_t padding = 0xEEEE; // samples of the pixels of edge tiles outside the image
 
 uint16_t word(uint32_t x, uint32_t y, uint32_t s) { return uint16_t(x * 3119u + y * 907u + s * 20011u + 3u); }
-uint8_t high(uint16_t w) { return uint8_t(w >> 8); }
 
 struct Grid {
     uint32_t width, height, tileWidth, tileLength;
@@ -23,51 +21,19 @@ struct Grid {
     uint32_t down() const { return (height + tileLength - 1) / tileLength; }
 };
 
-struct Case {
-    uint16_t compression, predictor, bits, spp;
-    bool bigEndian;
-    std::string name() const
-    {
-        return "compression " + std::to_string(compression) + " predictor " + std::to_string(predictor) + " bits " +
-               std::to_string(bits) + " spp " + std::to_string(spp) + (bigEndian ? " MM" : " II");
-    }
-};
-
 // One tile at its full nominal size, rows differenced within the tile when
 // the predictor is on (every tile row starts afresh at its first column).
-Bytes tileBytes(const Grid& g, const Case& c, uint32_t tx, uint32_t ty)
+Bytes tileBytes(const Grid& g, const SampleForm& c, uint32_t tx, uint32_t ty)
 {
-    auto at = [&](uint32_t i, uint32_t j, uint32_t s) {
+    return chunkBytes(c, g.tileWidth, g.tileLength, [&](uint32_t i, uint32_t j, uint32_t s) {
         const uint32_t x = tx * g.tileWidth + i, y = ty * g.tileLength + j;
         return x < g.width && y < g.height ? word(x, y, s) : padding;
-    };
-    Bytes out;
-    for (uint32_t j = 0; j < g.tileLength; ++j)
-        for (uint32_t i = 0; i < g.tileWidth; ++i)
-            for (uint32_t s = 0; s < c.spp; ++s) {
-                uint16_t w = at(i, j, s);
-                if (c.predictor == 2 && i > 0)
-                    w = c.bits == 8 ? uint16_t(uint8_t(high(w) - high(at(i - 1, j, s))) << 8) : uint16_t(w - at(i - 1, j, s));
-                if (c.bits == 8)
-                    out.push_back(high(w));
-                else if (c.bigEndian)
-                    out.insert(out.end(), {high(w), uint8_t(w)});
-                else
-                    out.insert(out.end(), {uint8_t(w), high(w)});
-            }
-    return c.compression == lzw ? lzwEncodeTiff(out) : out;
+    });
 }
 
-ImageSpec tiledSpec(const Grid& g, const Case& c)
+ImageSpec tiledSpec(const Grid& g, const SampleForm& c)
 {
-    ImageSpec image;
-    image.bigEndian = c.bigEndian;
-    image.width = g.width;
-    image.height = g.height;
-    image.bitsPerSample = c.bits;
-    image.samplesPerPixel = c.spp;
-    image.compression = c.compression;
-    image.predictor = c.predictor;
+    ImageSpec image{c.bigEndian, g.width, g.height, c.bits, c.spp, c.compression, c.predictor};
     image.tileWidth = g.tileWidth;
     image.tileLength = g.tileLength;
     for (uint32_t ty = 0; ty < g.down(); ++ty)
@@ -84,7 +50,7 @@ LoadedTiff loadTiled(const ImageSpec& image)
     return t;
 }
 
-LoadedTiff loadTiled(const Grid& g, const Case& c) { return loadTiled(tiledSpec(g, c)); }
+LoadedTiff loadTiled(const Grid& g, const SampleForm& c) { return loadTiled(tiledSpec(g, c)); }
 
 } // namespace
 
@@ -98,7 +64,7 @@ TEST(Decode8Tiles, EveryPathDecodesEveryPixelAndSkipsPadding)
                 for (uint16_t bits : {8, 16})
                     for (uint16_t spp : {3, 4})
                         for (bool be : {false, true}) {
-                            const Case c{compression, predictor, bits, spp, be};
+                            const SampleForm c{compression, predictor, bits, spp, be};
                             if (predictor == 2 && (compression != lzw || (bits == 16 && be)))
                                 continue;
                             SCOPED_TRACE(c.name() + " width " + std::to_string(g.width));
@@ -127,7 +93,7 @@ TEST(Decode8Tiles, EveryPathDecodesEveryPixelAndSkipsPadding)
 TEST(Decode8Tiles, UnsupportedFormsReturn4)
 {
     const Grid g{10, 7, 8, 4};
-    LoadedTiff t = loadTiled(g, Case{none, 1, 8, 3, false});
+    LoadedTiff t = loadTiled(g, SampleForm{none, 1, 8, 3, false});
     t.header->compression = packBits;
     EXPECT_EQ(runDecode8(t, false, 10, 7).status, 4u);
     for (uint16_t compression : {none, lzw}) {
@@ -147,7 +113,7 @@ TEST(Decode8Tiles, LzwFailuresKeepEarlierTilesInColumnOrder)
     for (const char* what : {"count 0", "short data"}) {
         SCOPED_TRACE(what);
         const bool countZero = std::string(what) == "count 0";
-        ImageSpec image = tiledSpec(g, Case{lzw, 1, 8, 3, false});
+        ImageSpec image = tiledSpec(g, SampleForm{lzw, 1, 8, 3, false});
         if (!countZero)
             image.chunks[1] = lzwEncodeTiff({1, 2, 3});
         LoadedTiff t = loadTiled(image);
@@ -182,7 +148,7 @@ TEST(Decode8Tiles, HostileHeadersStayInBounds)
     };
     for (const Hostile& h : cases) {
         SCOPED_TRACE(h.what);
-        LoadedTiff t = loadTiled(g, Case{h.compression, 1, 8, 3, false});
+        LoadedTiff t = loadTiled(g, SampleForm{h.compression, 1, 8, 3, false});
         t.header->tileWidth = h.tileWidth;
         t.header->tileLength = h.tileLength;
         t.header->tilesAcross = h.tilesAcross;

@@ -1,10 +1,11 @@
-// wide_samples.cpp - sample byte writers, the PackBits packet writer and strip images of the tests
+// wide_samples.cpp - sample byte writers, chunk compression and strip images of the tests
 #include "wide_samples.h"
 
 #include <algorithm>
 #include <cstring>
 
 #include "lzw_encoder.h"
+#include "packbits.h"
 
 namespace vktest {
 
@@ -34,35 +35,13 @@ float byteReversed(float v)
     return out;
 }
 
-Bytes packBitsEncode(const Bytes& data)
+Bytes compressed(const Bytes& raw, uint16_t compression)
 {
-    Bytes out;
-    size_t i = 0;
-    Bytes literal;
-    auto flush = [&] {
-        if (literal.empty())
-            return;
-        out.push_back(uint8_t(literal.size() - 1));
-        out.insert(out.end(), literal.begin(), literal.end());
-        literal.clear();
-    };
-    while (i < data.size()) {
-        size_t run = 1;
-        while (i + run < data.size() && run < 128 && data[i + run] == data[i])
-            ++run;
-        if (run >= 3) {
-            flush();
-            out.push_back(uint8_t(int8_t(1 - int(run))));
-            out.push_back(data[i]);
-            i += run;
-        } else {
-            literal.push_back(data[i++]);
-            if (literal.size() == 128)
-                flush();
-        }
-    }
-    flush();
-    return out;
+    if (compression == 5)
+        return lzwEncodeTiff(raw);
+    if (compression == 32773)
+        return packBitsEncode(raw);
+    return raw;
 }
 
 Bytes buildStripImage(ImageSpec image, const std::function<Bytes(uint32_t y0, uint32_t y1)>& rows)
@@ -70,12 +49,7 @@ Bytes buildStripImage(ImageSpec image, const std::function<Bytes(uint32_t y0, ui
     const uint32_t perStrip = image.rowsPerStrip ? image.rowsPerStrip : std::max<uint32_t>(image.height, 1);
     image.chunks.clear();
     for (uint32_t y0 = 0; y0 < image.height; y0 += perStrip) {
-        Bytes raw = rows(y0, std::min(image.height, y0 + perStrip));
-        if (image.compression == 5)
-            raw = lzwEncodeTiff(raw);
-        else if (image.compression == 32773)
-            raw = packBitsEncode(raw);
-        image.chunks.push_back(raw);
+        image.chunks.push_back(compressed(rows(y0, std::min(image.height, y0 + perStrip)), image.compression));
     }
     return buildImage(image);
 }

@@ -1,4 +1,4 @@
-// wide_samples.h - test helper: 16-bit and float sample bytes in either byte order, PackBits packets, strip images
+// wide_samples.h - test helper: 16-bit and float sample bytes in either byte order, compression, strip images
 #pragma once
 
 #include <cstdint>
@@ -18,9 +18,9 @@ void putFloat(Bytes& out, float v, bool bigEndian);
 // The IEEE pattern of v with its four bytes reversed, as a float.
 float byteReversed(float v);
 
-// PackBits packets of `data`: runs of three or more equal bytes (up to 128)
-// as run packets, everything else as literal packets of up to 128 bytes.
-Bytes packBitsEncode(const Bytes& data);
+// `raw` compressed as a compression tag value says: 5 LZW, 32773 PackBits
+// (runs and literals), anything else unchanged.
+Bytes compressed(const Bytes& raw, uint16_t compression);
 
 // An image in strips of image.rowsPerStrip rows (0: one strip): rows(y0, y1)
 // gives the raw bytes of rows y0 .. y1 - 1, which are compressed as
