@@ -256,6 +256,69 @@ TEST(FastPaths, RandomValidFiles)
     EXPECT_GT(decoded, 1000);
 }
 
+// Float samples at the edges of the narrowing rule (NaNs quiet and
+// signalling, signed zeros, denormals, infinities, the floats around 1 and
+// around k / 65535 and k / 255), uncompressed in both byte orders and LZW
+// (host order), three to five samples, widths that leave every remainder of
+// the vector steps: the row conversions meet every case the scalar rule
+// separates.
+std::vector<uint32_t> floatEdgeBits()
+{
+    std::vector<uint32_t> bits = {0x7FC00000u, 0x7FA00000u, 0xFFC00001u, 0x7F800001u, 0x00000000u, 0x80000000u,
+                                  0x00000001u, 0x007FFFFFu, 0x7F800000u, 0xFF800000u, 0xBF800000u, 0x3F7FFFFFu,
+                                  0x3F800000u, 0x3F800001u, 0x477FFF00u, 0x3F000000u};
+    const auto add = [&](float v) {
+        uint32_t b;
+        std::memcpy(&b, &v, sizeof b);
+        bits.insert(bits.end(), {b - 1, b, b + 1});
+    };
+    for (uint32_t k : {1u, 2u, 3u, 127u, 128u, 254u, 255u, 256u, 257u, 32767u, 32768u, 65533u, 65534u}) {
+        add(float(k) / 65535.0f);
+        add(float(k) / 255.0f);
+    }
+    return bits;
+}
+
+TEST(FastPaths, FloatEdgeValues)
+{
+    const std::vector<uint32_t> edges = floatEdgeBits();
+    int decoded = 0;
+    for (const uint16_t compression : {tiffCompressionNone, tiffCompressionLZW}) {
+        for (const bool bigEndian : {false, true}) {
+            for (const uint16_t samples : {uint16_t(3), uint16_t(4), uint16_t(5)}) {
+                for (const uint32_t width : {1u, 2u, 3u, 4u, 5u, 8u, 13u}) {
+                    SCOPED_TRACE(testing::Message() << "compression " << compression << " big-endian " << bigEndian
+                                                    << " samples " << samples << " width " << width);
+                    ImageSpec image;
+                    image.bigEndian = bigEndian;
+                    image.width = width;
+                    image.height = uint32_t((edges.size() + width * samples - 1) / (width * samples)) + 1;
+                    image.bitsPerSample = 32;
+                    image.samplesPerPixel = samples;
+                    image.compression = compression;
+                    image.rowsPerStrip = 3;
+                    Bytes all;
+                    for (uint32_t i = 0; i < image.width * image.height * samples; ++i) {
+                        uint32_t b = edges[i % edges.size()];
+                        if (bigEndian && compression == tiffCompressionNone)
+                            b = __builtin_bswap32(b);
+                        const uint8_t* p = reinterpret_cast<const uint8_t*>(&b);
+                        all.insert(all.end(), p, p + 4);
+                    }
+                    const size_t stripBytes = size_t(width) * samples * 4 * image.rowsPerStrip;
+                    for (size_t at = 0; at < all.size(); at += stripBytes) {
+                        const size_t end = std::min(all.size(), at + stripBytes);
+                        const Bytes raw(all.begin() + long(at), all.begin() + long(end));
+                        image.chunks.push_back(compression == tiffCompressionLZW ? lzwEncodeTiff(raw, false) : raw);
+                    }
+                    decoded += expectSamePaths(buildImage(image));
+                }
+            }
+        }
+    }
+    EXPECT_GT(decoded, 0);
+}
+
 TEST(FastPaths, RandomCorruptFiles)
 {
     std::mt19937 rng(99);
