@@ -319,6 +319,46 @@ TEST(FastPaths, FloatEdgeValues)
     EXPECT_GT(decoded, 0);
 }
 
+// Uncompressed 8-bit tiles into targets large enough for streamed rows: tile
+// widths that put row starts at every alignment, partial edge tiles, three and
+// four samples, both alpha flags, target widths that shift every row, files
+// loaded whole and in part. The image is small; only the target is large.
+TEST(FastPaths, TilesIntoLargeTargets)
+{
+    constexpr uint32_t largeTargetPixels = 4096 * 2048 + 8; // past the streaming threshold
+    std::mt19937 rng(11);
+    int decoded = 0;
+    for (const uint32_t tileWidth : {16u, 48u, 256u}) {
+        for (const uint16_t samples : {uint16_t(3), uint16_t(4)}) {
+            ImageSpec image;
+            image.width = 600;
+            image.height = 70;
+            image.samplesPerPixel = samples;
+            image.tileWidth = tileWidth;
+            image.tileLength = 32;
+            const uint32_t across = (image.width + tileWidth - 1) / tileWidth;
+            const uint32_t down = (image.height + image.tileLength - 1) / image.tileLength;
+            for (uint32_t t = 0; t < across * down; ++t)
+                image.chunks.push_back(pictureBytes(rng, size_t(tileWidth) * image.tileLength * samples));
+            const Bytes file = buildImage(image);
+            for (const uint32_t targetWidth : {4096u, 4097u}) {
+                for (const bool alpha : {false, true}) {
+                    const long long loaded = alpha == (targetWidth % 2 == 0) ? -1 : (long long)file.size() * 2 / 3;
+                    SCOPED_TRACE(testing::Message() << "tile width " << tileWidth << " samples " << samples
+                                                    << " target width " << targetWidth << " alpha " << alpha
+                                                    << " loaded " << loaded);
+                    const Shape shape{largeTargetPixels, targetWidth, largeTargetPixels / targetWidth, alpha};
+                    const Outcome plain = decodeOnce(file, loaded, Entry::decode8, shape, DecodePath::plain, nullptr);
+                    const Outcome fast = decodeOnce(file, loaded, Entry::decode8, shape, DecodePath::fast, nullptr);
+                    EXPECT_TRUE(plain == fast);
+                    decoded += plain.status == vkStatusOk;
+                }
+            }
+        }
+    }
+    EXPECT_GT(decoded, 0);
+}
+
 TEST(FastPaths, RandomCorruptFiles)
 {
     std::mt19937 rng(99);
