@@ -29,6 +29,18 @@ constexpr uint64_t prefetchAhead = 2048;
 constexpr uint64_t cacheLine = 64;
 constexpr uint64_t linesPerPacket = 3;
 
+// The lines prefetchAhead bytes and more past `at`, those of them that lie
+// within `room` bytes of it. A plain pointer in: GCC 12 compiles a prefetch
+// away when its address needs a load that the stores around it might change.
+inline void prefetchTarget(const unsigned char* at, uint64_t room)
+{
+    for (uint64_t k = 0; k < linesPerPacket; ++k) {
+        const uint64_t ahead = prefetchAhead + k * cacheLine;
+        if (ahead < room)
+            __builtin_prefetch(at + ahead, 1);
+    }
+}
+
 // Red, green and blue of `pixels` pixels from the packet's bytes (`available`
 // of them from `from` on) into the words at `to`, each alpha byte kept. Loads
 // stay within the available bytes.
@@ -127,8 +139,9 @@ public:
         const uint64_t lastPixel = pixel_ + rowBase + (channel_ + inRow - 1) / 3;
         if (lastPixel * 4 + 4 > limit_ || lastPixel * 4 + 4 > UINT32_MAX)
             return 0;
-        unsigned char* at = target_.pixels + (pixel_ + rowBase) * 4;
-        prefetch((pixel_ + rowBase) * 4);
+        const uint64_t offset = (pixel_ + rowBase) * 4;
+        unsigned char* at = target_.pixels + offset;
+        prefetchTarget(at, limit_ - offset);
         uint32_t left = inRow;
         if (channel_ != 0) {
             const uint32_t lead = std::min(left, 3 - channel_);
@@ -164,16 +177,6 @@ public:
     bool done() const { return firstRow_ + row_ >= length_ || row_ >= rowsPerStrip_; }
 
 private:
-    // Lines of the target from byte `from` + prefetchAhead on, those in it.
-    void prefetch(uint64_t from) const
-    {
-        for (uint64_t k = 0; k < linesPerPacket; ++k) {
-            const uint64_t at = from + prefetchAhead + k * cacheLine;
-            if (at < limit_)
-                __builtin_prefetch(target_.pixels + at, 1);
-        }
-    }
-
     void advance(uint32_t samples)
     {
         sample_ += samples;

@@ -24,6 +24,7 @@ constexpr uint32_t rgbMask = 0x00FFFFFFu;
 // With the stores streamed, the row's source is what a row waits on; it is
 // fetched this far ahead of the line being stored.
 constexpr uint64_t sourceAhead = 1024;
+constexpr uint64_t rowsAhead = 4;
 
 inline uint32_t load32(const unsigned char* at)
 {
@@ -84,14 +85,25 @@ bool streamRow(Call& call, const unsigned char* src, uint32_t count, uint32_t le
         return false;
     unsigned char* out = reinterpret_cast<unsigned char*>(targetPixel<vkP::_Rgba8>(call.target, left, y));
     const uint32_t a = uint32_t(call.pixel.a) << 24;
-    const unsigned char* buffer = call.file.buffer;
     const uint64_t loaded = uint64_t(std::max(0LL, std::min(call.file.sizeLoaded, call.file.bufferSize)));
-    const uint64_t from = uint64_t(src - buffer);
-    const auto ahead = [&](uint32_t x) {
-        const uint64_t at = from + uint64_t(x) * L.bytesPerPixel + sourceAhead;
-        if (at < loaded)
-            __builtin_prefetch(buffer + at);
+    const uint64_t from = uint64_t(src - call.file.buffer);
+    const uint32_t stride = L.bytesPerPixel;
+    // Copies, not references: GCC 12 compiles a prefetch away when its
+    // address needs a load that the stores around it might change.
+    const auto ahead = [src, from, loaded, stride](uint32_t x) {
+        const uint64_t at = uint64_t(x) * stride + sourceAhead;
+        if (from + at < loaded)
+            __builtin_prefetch(src + at);
     };
+    // The lines a row shares with its neighbours' pixels are stored the
+    // ordinary way, each read from memory first: those of a row some rows
+    // below, which the walk stores soon after, are fetched now.
+    const uint64_t below = uint64_t(y) + rowsAhead;
+    if (runInTarget(call.target, left, below, count)) {
+        const vkP::_Rgba8* first = targetPixel<vkP::_Rgba8>(call.target, left, below);
+        __builtin_prefetch(first, 1);
+        __builtin_prefetch(first + (count - 1), 1);
+    }
     uint32_t last = 0;
     if (L.bytesPerPixel == 4) {
         const uint32_t keep = L.alpha ? 0xFFFFFFFFu : rgbMask;
