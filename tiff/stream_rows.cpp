@@ -1,6 +1,7 @@
 // stream_rows.cpp - rows of 8-bit samples stored into large 8-bit targets with streaming stores
 #include "tiff/stream_rows.h"
 
+#include <algorithm>
 #include <cstring>
 #if defined(__SSE2__)
 #include <emmintrin.h>
