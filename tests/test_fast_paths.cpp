@@ -256,6 +256,109 @@ TEST(FastPaths, RandomValidFiles)
     EXPECT_GT(decoded, 1000);
 }
 
+// Float samples at the edges of the narrowing rule (NaNs quiet and
+// signalling, signed zeros, denormals, infinities, the floats around 1 and
+// around k / 65535 and k / 255), uncompressed in both byte orders and LZW
+// (host order), three to five samples, widths that leave every remainder of
+// the vector steps: the row conversions meet every case the scalar rule
+// separates.
+std::vector<uint32_t> floatEdgeBits()
+{
+    std::vector<uint32_t> bits = {0x7FC00000u, 0x7FA00000u, 0xFFC00001u, 0x7F800001u, 0x00000000u, 0x80000000u,
+                                  0x00000001u, 0x007FFFFFu, 0x7F800000u, 0xFF800000u, 0xBF800000u, 0x3F7FFFFFu,
+                                  0x3F800000u, 0x3F800001u, 0x477FFF00u, 0x3F000000u};
+    const auto add = [&](float v) {
+        uint32_t b;
+        std::memcpy(&b, &v, sizeof b);
+        bits.insert(bits.end(), {b - 1, b, b + 1});
+    };
+    for (uint32_t k : {1u, 2u, 3u, 127u, 128u, 254u, 255u, 256u, 257u, 32767u, 32768u, 65533u, 65534u}) {
+        add(float(k) / 65535.0f);
+        add(float(k) / 255.0f);
+    }
+    return bits;
+}
+
+TEST(FastPaths, FloatEdgeValues)
+{
+    const std::vector<uint32_t> edges = floatEdgeBits();
+    int decoded = 0;
+    for (const uint16_t compression : {tiffCompressionNone, tiffCompressionLZW}) {
+        for (const bool bigEndian : {false, true}) {
+            for (const uint16_t samples : {uint16_t(3), uint16_t(4), uint16_t(5)}) {
+                for (const uint32_t width : {1u, 2u, 3u, 4u, 5u, 8u, 13u}) {
+                    SCOPED_TRACE(testing::Message() << "compression " << compression << " big-endian " << bigEndian
+                                                    << " samples " << samples << " width " << width);
+                    ImageSpec image;
+                    image.bigEndian = bigEndian;
+                    image.width = width;
+                    image.height = uint32_t((edges.size() + width * samples - 1) / (width * samples)) + 1;
+                    image.bitsPerSample = 32;
+                    image.samplesPerPixel = samples;
+                    image.compression = compression;
+                    image.rowsPerStrip = 3;
+                    Bytes all;
+                    for (uint32_t i = 0; i < image.width * image.height * samples; ++i) {
+                        uint32_t b = edges[i % edges.size()];
+                        if (bigEndian && compression == tiffCompressionNone)
+                            b = __builtin_bswap32(b);
+                        const uint8_t* p = reinterpret_cast<const uint8_t*>(&b);
+                        all.insert(all.end(), p, p + 4);
+                    }
+                    const size_t stripBytes = size_t(width) * samples * 4 * image.rowsPerStrip;
+                    for (size_t at = 0; at < all.size(); at += stripBytes) {
+                        const size_t end = std::min(all.size(), at + stripBytes);
+                        const Bytes raw(all.begin() + long(at), all.begin() + long(end));
+                        image.chunks.push_back(compression == tiffCompressionLZW ? lzwEncodeTiff(raw, false) : raw);
+                    }
+                    decoded += expectSamePaths(buildImage(image));
+                }
+            }
+        }
+    }
+    EXPECT_GT(decoded, 0);
+}
+
+// Uncompressed 8-bit tiles into targets large enough for streamed rows: tile
+// widths that put row starts at every alignment, partial edge tiles, three and
+// four samples, both alpha flags, target widths that shift every row, files
+// loaded whole and in part. The image is small; only the target is large.
+TEST(FastPaths, TilesIntoLargeTargets)
+{
+    constexpr uint32_t largeTargetPixels = 4096 * 2048 + 8; // past the streaming threshold
+    std::mt19937 rng(11);
+    int decoded = 0;
+    for (const uint32_t tileWidth : {16u, 48u, 256u}) {
+        for (const uint16_t samples : {uint16_t(3), uint16_t(4)}) {
+            ImageSpec image;
+            image.width = 600;
+            image.height = 70;
+            image.samplesPerPixel = samples;
+            image.tileWidth = tileWidth;
+            image.tileLength = 32;
+            const uint32_t across = (image.width + tileWidth - 1) / tileWidth;
+            const uint32_t down = (image.height + image.tileLength - 1) / image.tileLength;
+            for (uint32_t t = 0; t < across * down; ++t)
+                image.chunks.push_back(pictureBytes(rng, size_t(tileWidth) * image.tileLength * samples));
+            const Bytes file = buildImage(image);
+            for (const uint32_t targetWidth : {4096u, 4097u}) {
+                for (const bool alpha : {false, true}) {
+                    const long long loaded = alpha == (targetWidth % 2 == 0) ? -1 : (long long)file.size() * 2 / 3;
+                    SCOPED_TRACE(testing::Message() << "tile width " << tileWidth << " samples " << samples
+                                                    << " target width " << targetWidth << " alpha " << alpha
+                                                    << " loaded " << loaded);
+                    const Shape shape{largeTargetPixels, targetWidth, largeTargetPixels / targetWidth, alpha};
+                    const Outcome plain = decodeOnce(file, loaded, Entry::decode8, shape, DecodePath::plain, nullptr);
+                    const Outcome fast = decodeOnce(file, loaded, Entry::decode8, shape, DecodePath::fast, nullptr);
+                    EXPECT_TRUE(plain == fast);
+                    decoded += plain.status == vkStatusOk;
+                }
+            }
+        }
+    }
+    EXPECT_GT(decoded, 0);
+}
+
 TEST(FastPaths, RandomCorruptFiles)
 {
     std::mt19937 rng(99);

@@ -1,6 +1,7 @@
 // decode16.cpp - imgDecode16: strips of 16-bit or float samples (none, LZW, PackBits) into a 16-bit RGBA buffer
 #include "plugin/entry_points.h"
 #include "shared/image/rgba_buffer.h"
+#include "tiff/narrow_rows.h"
 #include "tiff/wide_fast.h"
 #include "tiff/wide_strips.h"
 
@@ -92,13 +93,22 @@ unsigned int lzwFloat(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHe
             wide::writePixel(target, x, y, px);
         },
         [&](const unsigned char* scratch, uint32_t y0, uint32_t rows) {
-            wide::storeStripRows(target, l, y0, rows, px, [&](uint32_t pixel, _Rgba16& q) {
+            const auto fetch = [&](uint32_t pixel, _Rgba16& q) {
                 const uint32_t p = pixel * l.samples;
                 if (l.alpha)
                     q.a = wide::narrow16(wide::floatAt(scratch, p + 3));
                 q.b = wide::narrow16(wide::floatAt(scratch, p + 2));
                 q.g = wide::narrow16(wide::floatAt(scratch, p + 1));
                 q.r = wide::narrow16(wide::floatAt(scratch, p));
+            };
+            const uint32_t stride = wide::floatBytes * l.samples;
+            if (l.samples < 3) {
+                wide::storeStripRows(target, l, y0, rows, px, fetch);
+                return;
+            }
+            // A whole strip fits the scratch, so pixel × samples does not wrap here.
+            wide::storeStripRows(target, l, y0, rows, px, fetch, [&](uint32_t first, _Rgba16* out, _Rgba16& carried) {
+                wide::narrowFloatRow(scratch + size_t(first) * stride, l.width, stride, l.alpha, false, out, carried);
             });
         });
 }
@@ -211,13 +221,20 @@ unsigned int plainFloat(_imgFileBuffer& fb, _imgRGBABuffer16& target, const Tiff
                 return false;
             const unsigned char* strip = fb.buffer + offset;
             const bool swap = fb.dataBigEndian;
-            wide::storeStripRows(target, l, y0, rows, px, [&](uint32_t pixel, _Rgba16& p) {
+            const auto fetch = [&](uint32_t pixel, _Rgba16& p) {
                 const unsigned char* at = strip + size_t(pixel) * stride;
                 if (l.alpha)
                     p.a = wide::narrow16(wide::loadFloat(at + 3 * b, swap));
                 p.b = wide::narrow16(wide::loadFloat(at + 2 * b, swap));
                 p.g = wide::narrow16(wide::loadFloat(at + b, swap));
                 p.r = wide::narrow16(wide::loadFloat(at, swap));
+            };
+            if (b != wide::floatBytes || stride < 3 * wide::floatBytes) {
+                wide::storeStripRows(target, l, y0, rows, px, fetch);
+                return true;
+            }
+            wide::storeStripRows(target, l, y0, rows, px, fetch, [&](uint32_t first, _Rgba16* out, _Rgba16& carried) {
+                wide::narrowFloatRow(strip + size_t(first) * stride, l.width, stride, l.alpha, swap, out, carried);
             });
             return true;
         });

@@ -6,6 +6,7 @@
 #include "tiff/decode_common.h"
 #include "tiff/lzw_count.h"
 #include "tiff/lzw_strip.h"
+#include "tiff/stream_rows.h"
 
 using namespace decode8;
 
@@ -107,6 +108,9 @@ unsigned int uncompressedTiles(Call& call)
     const SampleLayout& L = call.layout;
     const Visible v = visibleArea(call.target);
     const uint32_t rowStride = h.tileWidth * L.bytesPerPixel; // wraps like the positions
+    // Rows of fast tiles into a large target are streamed, and fenced on the way out.
+    const bool stream = streamTarget(call.target);
+    const StreamFence fence;
     return forEachTile(h, [&](const Tile& tile) {
         const uint32_t offset = h.stripOffsets[tile.number];
         const TileExtent e = tileExtent(h, tile);
@@ -114,9 +118,11 @@ unsigned int uncompressedTiles(Call& call)
         const bool direct = chunkFullyLoaded(call, offset, uint64_t(h.tileWidth) * h.tileLength);
         if (direct && fastTile(call, tile, e)) {
             const size_t tileRowBytes = size_t(h.tileWidth) * L.bytesPerPixel;
-            for (uint32_t j = 0; j < e.rows; ++j)
-                emitRow(call, call.file.buffer + offset + j * tileRowBytes + L.highByte, e.columns, uint32_t(tile.left),
-                        uint32_t(tile.top + j));
+            for (uint32_t j = 0; j < e.rows; ++j) {
+                const unsigned char* row = call.file.buffer + offset + j * tileRowBytes + L.highByte;
+                if (!stream || !streamRow(call, row, e.columns, uint32_t(tile.left), uint32_t(tile.top + j)))
+                    emitRow(call, row, e.columns, uint32_t(tile.left), uint32_t(tile.top + j));
+            }
             return vkStatusOk;
         }
         const auto pixelAt = [&](uint32_t i, uint32_t j) {

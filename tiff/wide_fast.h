@@ -52,23 +52,19 @@ inline uint16_t narrow16(float v)
 
 // Rows y0 .. y0 + rows - 1 of a strip: fetch(i, px) sets the channels that
 // the path reads of strip pixel i = x + r × W (32-bit, as the plain loops
-// count it), and px is then stored at (x, y0 + r): straight into the pixel
-// array where the row is in the target, else through write(). px carries
-// over from pixel to pixel as in the plain loops.
-template <class Target, class Pixel, class Fetch>
-void storeStripRows(Target& target, const StripLayout& l, uint32_t y0, uint32_t rows, Pixel& px, Fetch&& fetch)
+// count it), and px is then stored at (x, y0 + r): where the row is in the
+// target, row(first, out, px) stores its W pixels from strip pixel `first`
+// on straight into the pixel array at `out`, else each goes through write().
+// px carries over from pixel to pixel as in the plain loops.
+template <class Target, class Pixel, class Fetch, class Row>
+void storeStripRows(Target& target, const StripLayout& l, uint32_t y0, uint32_t rows, Pixel& px, Fetch&& fetch,
+                    Row&& row)
 {
     for (uint32_t r = 0; r < rows; ++r) {
         const uint32_t y = y0 + r;
         const uint32_t first = r * l.width;
         if (runInTarget(target, 0, y, l.width)) {
-            Pixel* out = targetPixel<Pixel>(target, 0, y);
-            Pixel p = px;
-            for (uint32_t x = 0; x < l.width; ++x) {
-                fetch(first + x, p);
-                out[x] = p;
-            }
-            px = p;
+            row(first, targetPixel<Pixel>(target, 0, y), px);
         } else {
             for (uint32_t x = 0; x < l.width; ++x) {
                 fetch(first + x, px);
@@ -76,6 +72,20 @@ void storeStripRows(Target& target, const StripLayout& l, uint32_t y0, uint32_t 
             }
         }
     }
+}
+
+// The same with rows in the target stored pixel by pixel through fetch.
+template <class Target, class Pixel, class Fetch>
+void storeStripRows(Target& target, const StripLayout& l, uint32_t y0, uint32_t rows, Pixel& px, Fetch&& fetch)
+{
+    storeStripRows(target, l, y0, rows, px, fetch, [&](uint32_t first, Pixel* out, Pixel& carried) {
+        Pixel p = carried;
+        for (uint32_t x = 0; x < l.width; ++x) {
+            fetch(first + x, p);
+            out[x] = p;
+        }
+        carried = p;
+    });
 }
 
 } // namespace wide

@@ -1,0 +1,93 @@
+// narrow_rows.cpp - rows of float samples narrowed to 16-bit RGBA records, four channels at a time where SSE2 is there
+#include "tiff/narrow_rows.h"
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+#include "tiff/wide_fast.h"
+
+namespace wide {
+
+namespace {
+
+static_assert(sizeof(vkP::_Rgba16) == 4 * sizeof(uint16_t), "an _Rgba16 is four 16-bit channels, red first");
+
+void narrowPixel(const unsigned char* at, bool alpha, bool swap, vkP::_Rgba16& p)
+{
+    if (alpha)
+        p.a = narrow16(loadFloat(at + 3 * floatBytes, swap));
+    p.b = narrow16(loadFloat(at + 2 * floatBytes, swap));
+    p.g = narrow16(loadFloat(at + floatBytes, swap));
+    p.r = narrow16(loadFloat(at, swap));
+}
+
+#if defined(__SSE2__)
+
+// The four floats at `at`, their bytes reversed when `swap`: 16-bit halves
+// exchanged, then the bytes of each half.
+inline __m128 loadFloats(const unsigned char* at, bool swap)
+{
+    __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+    if (swap) {
+        v = _mm_shufflehi_epi16(_mm_shufflelo_epi16(v, _MM_SHUFFLE(2, 3, 0, 1)), _MM_SHUFFLE(2, 3, 0, 1));
+        v = _mm_or_si128(_mm_slli_epi16(v, 8), _mm_srli_epi16(v, 8));
+    }
+    return _mm_castsi128_ps(v);
+}
+
+// narrow16 on four floats, as 32-bit integers 0 .. 65535. max(v, 0) gives 0
+// for NaN, as v > 0 fails for it in narrow16; the product is rounded to single
+// precision before the truncation, as there.
+inline __m128i narrowFour(__m128 v)
+{
+    const __m128 c = _mm_min_ps(_mm_max_ps(v, _mm_setzero_ps()), _mm_set1_ps(1.0f));
+    return _mm_cvttps_epi32(_mm_mul_ps(c, _mm_set1_ps(65535.0f)));
+}
+
+// Two pixels' channels, 0 .. 65535 each, as eight 16-bit lanes. SSE2 packs
+// 32-bit lanes with signed saturation only, so the values are moved into the
+// signed range first and back after.
+inline __m128i packChannels(__m128i first, __m128i second)
+{
+    const __m128i bias = _mm_set1_epi32(0x8000);
+    const __m128i packed = _mm_packs_epi32(_mm_sub_epi32(first, bias), _mm_sub_epi32(second, bias));
+    return _mm_xor_si128(packed, _mm_set1_epi16(int16_t(0x8000)));
+}
+
+#endif
+
+} // namespace
+
+void narrowFloatRow(const unsigned char* src, uint32_t count, uint32_t stride, bool alpha, bool swap,
+                    vkP::_Rgba16* out, vkP::_Rgba16& px)
+{
+    uint32_t x = 0;
+#if defined(__SSE2__)
+    // Pairs of pixels while a pair is followed by another pixel: a pixel's
+    // 16-byte load reaches at most 4 bytes into the next pixel's floats
+    // (stride >= 12), so loads stop within what the last pixel reads.
+    if (count >= 3) {
+        const __m128i alphaLanes = _mm_set_epi16(int16_t(px.a), 0, 0, 0, int16_t(px.a), 0, 0, 0);
+        const __m128i keep = alpha ? _mm_set1_epi32(-1) : _mm_set_epi16(0, -1, -1, -1, 0, -1, -1, -1);
+        const __m128i fill = alpha ? _mm_setzero_si128() : alphaLanes;
+        unsigned char* to = reinterpret_cast<unsigned char*>(out);
+        for (; x + 2 < count; x += 2) {
+            const unsigned char* at = src + size_t(x) * stride;
+            const __m128i two =
+                packChannels(narrowFour(loadFloats(at, swap)), narrowFour(loadFloats(at + stride, swap)));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(to + size_t(x) * sizeof(vkP::_Rgba16)),
+                             _mm_or_si128(_mm_and_si128(two, keep), fill));
+        }
+    }
+#endif
+    // At least one pixel is left: it sets every channel that the pairs set.
+    vkP::_Rgba16 p = px;
+    for (; x < count; ++x) {
+        narrowPixel(src + size_t(x) * stride, alpha, swap, p);
+        out[x] = p;
+    }
+    px = p;
+}
+
+} // namespace wide
