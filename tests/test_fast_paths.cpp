@@ -323,23 +323,30 @@ TEST(FastPaths, FloatEdgeValues)
 // widths that put row starts at every alignment, partial edge tiles, three and
 // four samples, both alpha flags, target widths that shift every row, files
 // loaded whole and in part. The image is small; only the target is large.
-TEST(FastPaths, TilesIntoLargeTargets)
+// Uncompressed tiles and strips: tile width 0 stands for strips of 32 rows.
+TEST(FastPaths, ChunksIntoLargeTargets)
 {
     constexpr uint32_t largeTargetPixels = 4096 * 2048 + 8; // past the streaming threshold
     std::mt19937 rng(11);
     int decoded = 0;
-    for (const uint32_t tileWidth : {16u, 48u, 256u}) {
+    for (const uint32_t tileWidth : {0u, 16u, 48u, 256u}) {
         for (const uint16_t samples : {uint16_t(3), uint16_t(4)}) {
             ImageSpec image;
             image.width = 600;
             image.height = 70;
             image.samplesPerPixel = samples;
-            image.tileWidth = tileWidth;
-            image.tileLength = 32;
-            const uint32_t across = (image.width + tileWidth - 1) / tileWidth;
-            const uint32_t down = (image.height + image.tileLength - 1) / image.tileLength;
+            const uint32_t chunkLength = 32;
+            const uint32_t chunkWidth = tileWidth == 0 ? image.width : tileWidth;
+            if (tileWidth == 0) {
+                image.rowsPerStrip = chunkLength;
+            } else {
+                image.tileWidth = tileWidth;
+                image.tileLength = chunkLength;
+            }
+            const uint32_t across = (image.width + chunkWidth - 1) / chunkWidth;
+            const uint32_t down = (image.height + chunkLength - 1) / chunkLength;
             for (uint32_t t = 0; t < across * down; ++t)
-                image.chunks.push_back(pictureBytes(rng, size_t(tileWidth) * image.tileLength * samples));
+                image.chunks.push_back(pictureBytes(rng, size_t(chunkWidth) * chunkLength * samples));
             const Bytes file = buildImage(image);
             for (const uint32_t targetWidth : {4096u, 4097u}) {
                 for (const bool alpha : {false, true}) {

@@ -6,6 +6,7 @@
 #include "tiff/decode_common.h"
 #include "tiff/lzw_count.h"
 #include "tiff/lzw_strip.h"
+#include "tiff/stream_rows.h"
 
 using namespace decode8;
 
@@ -16,6 +17,9 @@ unsigned int uncompressedInteger(Call& call)
     const TiffHeader& h = call.header;
     const SampleLayout& L = call.layout;
     const Visible v = visibleArea(call.target);
+    // Rows of fast strips into a large target are streamed, and fenced on the way out.
+    const bool stream = streamTarget(call.target);
+    const StreamFence fence;
     uint32_t firstRow = 0;
     for (uint32_t s = 0; s < h.stripCount; ++s, firstRow += h.rowsPerStrip) {
         if (!chunkInTable(s))
@@ -25,9 +29,11 @@ unsigned int uncompressedInteger(Call& call)
         if (call.path == DecodePath::fast && blockInTarget(call.target, 0, firstRow, h.imageWidth, rows) &&
             chunkFullyLoaded(call, offset, uint64_t(rows) * h.imageWidth)) {
             const unsigned char* strip = call.file.buffer + offset;
-            for (uint32_t r = 0; r < rows; ++r)
-                emitRow(call, strip + size_t(r) * h.imageWidth * L.bytesPerPixel + L.highByte, h.imageWidth, 0,
-                        firstRow + r);
+            for (uint32_t r = 0; r < rows; ++r) {
+                const unsigned char* row = strip + size_t(r) * h.imageWidth * L.bytesPerPixel + L.highByte;
+                if (!stream || !streamRow(call, row, h.imageWidth, 0, firstRow + r))
+                    emitRow(call, row, h.imageWidth, 0, firstRow + r);
+            }
             continue;
         }
         const auto skipped = [&](uint64_t j, uint64_t count) {
