@@ -169,13 +169,44 @@ unsigned int plain16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHea
                 return false;
             const unsigned char* strip = fb.buffer + offset;
             const bool swap = fb.dataBigEndian; // the reads swap exactly for big-endian files
-            wide::storeStripRows(target, l, y0, rows, px, [&](uint32_t pixel, _Rgba16& p) {
+            const auto fetch = [&](uint32_t pixel, _Rgba16& p) {
                 const unsigned char* at = strip + size_t(pixel) * stride;
                 if (l.alpha)
                     p.a = wide::load16(at + 6, swap);
                 p.b = wide::load16(at + 4, swap);
                 p.g = wide::load16(at + 2, swap);
                 p.r = wide::load16(at, swap);
+            };
+            if (swap) {
+                wide::storeStripRows(target, l, y0, rows, px, fetch);
+                return true;
+            }
+            // In host order a pixel's channels are its first eight bytes as
+            // they lie (six and the carried alpha without the flag; those
+            // eight reach into the next pixel, so a row's last is read alone).
+            wide::storeStripRows(target, l, y0, rows, px, fetch, [&](uint32_t first, _Rgba16* out, _Rgba16& carried) {
+                const unsigned char* at = strip + size_t(first) * stride;
+                uint32_t x = 0;
+                if (l.alpha) {
+                    for (; x < l.width; ++x, at += stride)
+                        std::memcpy(&out[x], at, sizeof out[x]);
+                } else {
+                    const uint64_t alpha = uint64_t(carried.a) << 48;
+                    constexpr uint64_t rgb = (uint64_t(1) << 48) - 1;
+                    for (; x + 1 < l.width; ++x, at += stride) {
+                        uint64_t v;
+                        std::memcpy(&v, at, sizeof v);
+                        v = (v & rgb) | alpha;
+                        std::memcpy(&out[x], &v, sizeof v);
+                    }
+                    _Rgba16 p = carried;
+                    for (; x < l.width; ++x) {
+                        fetch(first + x, p);
+                        out[x] = p;
+                    }
+                }
+                if (l.width > 0)
+                    carried = out[l.width - 1];
             });
             return true;
         });
