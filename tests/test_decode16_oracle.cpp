@@ -14,6 +14,7 @@
 #include "plugin/entry_points.h"
 #include "shared/image/rgba_buffer.h"
 #include "support/tiff_builder.h"
+#include "support/wide_samples.h"
 
 using namespace vktest;
 
@@ -90,14 +91,6 @@ std::vector<T> oracle(const std::string& image)
     return v;
 }
 
-uint16_t narrow(float v)
-{
-    if (std::isnan(v) || v <= 0.0f)
-        return 0;
-    if (v >= 1.0f)
-        return 0xFFFF;
-    return uint16_t(v * 65535.0f);
-}
 
 // Decodes `file` with imgDecode16 into a buffer with the alpha flag from the
 // header, and returns every pixel as four channels.
@@ -209,7 +202,7 @@ TEST(Decode16Oracle, FloatSamplesMatchTifffile)
                     uint32_t bits;
                     std::memcpy(&bits, &f, 4);
                     ASSERT_EQ(gotf[i * 4 + ch], bits) << "pixel " << i << " channel " << ch;
-                    ASSERT_EQ(got16[i * 4 + ch], ch < samples ? narrow(f) : uint16_t(0xFFFF))
+                    ASSERT_EQ(got16[i * 4 + ch], ch < samples ? expectedNarrow(f) : uint16_t(0xFFFF))
                         << "pixel " << i << " channel " << ch;
                 }
         }

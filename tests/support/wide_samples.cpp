@@ -2,6 +2,7 @@
 #include "wide_samples.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
 #include "lzw_encoder.h"
@@ -22,6 +23,15 @@ void putFloat(Bytes& out, float v, bool bigEndian)
     std::memcpy(b, &v, 4); // the tests run on little-endian machines
     for (int i = 0; i < 4; ++i)
         out.push_back(bigEndian ? b[3 - i] : b[i]);
+}
+
+uint16_t expectedNarrow(float v)
+{
+    if (std::isnan(v) || v <= 0.0f)
+        return 0;
+    if (v >= 1.0f)
+        return 0xFFFF;
+    return uint16_t(v * 65535.0f);
 }
 
 float byteReversed(float v)

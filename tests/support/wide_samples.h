@@ -15,6 +15,10 @@ using Bytes = std::vector<uint8_t>;
 void putU16(Bytes& out, uint16_t v, bool bigEndian);
 void putFloat(Bytes& out, float v, bool bigEndian);
 
+// A float channel as a 16-bit target holds it: NaN and <= 0 give 0, >= 1
+// full scale, others v x 65535 truncated.
+uint16_t expectedNarrow(float v);
+
 // The IEEE pattern of v with its four bytes reversed, as a float.
 float byteReversed(float v);
 
