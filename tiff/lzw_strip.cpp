@@ -68,6 +68,15 @@ inline uint64_t extend(uint64_t word, unsigned int byte, uint32_t offset)
     return longWord(unsigned(word), offset, length + 1);
 }
 
+// The code of `width` bits at bit `pos`, most significant bit first, cut from
+// the eight bytes at its first bit (all of which must lie in data).
+inline int codeAt(const unsigned char* data, uint64_t pos, int width)
+{
+    uint64_t v;
+    std::memcpy(&v, data + (pos >> 3), sizeof v);
+    return int((__builtin_bswap64(v) << (pos & 7)) >> (64 - width));
+}
+
 // The code reader of TIFF mode, most significant bit first. A code is cut
 // from the eight bytes at its first bit, so the position in bits is all the
 // state there is. Bytes at or past the end read as 0, as they do for
@@ -80,19 +89,11 @@ struct Bits {
     // True while eight bytes can be loaded at the next code.
     bool whole() const { return (pos >> 3) + 8 <= size; }
 
-    // The next code, where whole() holds.
-    int peekWhole(int width) const
-    {
-        uint64_t v;
-        std::memcpy(&v, data + (pos >> 3), sizeof v);
-        return int((__builtin_bswap64(v) << (pos & 7)) >> (64 - width));
-    }
-
     int get(int width)
     {
         int code;
         if (whole()) {
-            code = peekWhole(width);
+            code = codeAt(data, pos, width);
         } else {
             uint64_t v = 0;
             const uint64_t at = pos >> 3;
@@ -188,11 +189,8 @@ __attribute__((noinline)) bool decodeBlock(Walk& k, int block)
             for (int i = 0; i < perLoad; ++i, bits <<= W)
                 to[j + i] = static_cast<unsigned short>(bits >> (64 - W));
         }
-        for (; j < block; ++j, pos += W) {
-            uint64_t v;
-            std::memcpy(&v, in + (pos >> 3), sizeof v);
-            to[j] = static_cast<unsigned short>((__builtin_bswap64(v) << (pos & 7)) >> (64 - W));
-        }
+        for (; j < block; ++j, pos += W)
+            to[j] = static_cast<unsigned short>(codeAt(in, pos, W));
     }
     uint64_t* const word = k.word;
     unsigned char* dst = k.dst;
