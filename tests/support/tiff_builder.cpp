@@ -1,6 +1,8 @@
 // tiff_builder.cpp - in-memory TIFF writer and loader for the tests
 #include "tiff_builder.h"
 
+#include <algorithm>
+
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -84,8 +86,12 @@ Bytes TiffBuilder::build() const
     put16(out, 42);
     put32(out, uint32_t(8 + data_.size()));
     out.insert(out.end(), data_.begin(), data_.end());
-    put16(out, uint16_t(entries_.size()));
-    for (const Entry& e : entries_) {
+    std::vector<Entry> kept;
+    for (const Entry& e : entries_)
+        if (std::find(dropTags.begin(), dropTags.end(), e.tag) == dropTags.end())
+            kept.push_back(e);
+    put16(out, uint16_t(kept.size()));
+    for (const Entry& e : kept) {
         put16(out, e.tag);
         put16(out, e.type);
         put32(out, e.count);
@@ -101,7 +107,7 @@ Bytes buildImage(const ImageSpec& image)
     std::vector<uint32_t> offsets, counts;
     for (const Bytes& chunk : image.chunks) {
         offsets.push_back(b.addData(chunk));
-        counts.push_back(uint32_t(chunk.size()));
+        counts.push_back(uint32_t((long long)chunk.size() + image.countDelta));
     }
     // SHORT where the value fits: big-endian files are read assuming SHORTs.
     auto addSize = [&b](uint16_t tag, uint32_t v) {
@@ -128,6 +134,10 @@ Bytes buildImage(const ImageSpec& image)
         addSize(278, image.rowsPerStrip ? image.rowsPerStrip : image.height);
         b.addLongs(279, counts);
     }
+    for (size_t i = 0; i + 3 < image.extraTags.size(); i += 4)
+        b.addRaw(uint16_t(image.extraTags[i]), uint16_t(image.extraTags[i + 1]), image.extraTags[i + 2],
+                 image.extraTags[i + 3]);
+    b.dropTags = image.dropTags;
     return b.build();
 }
 

@@ -33,6 +33,7 @@ public:
     Bytes build() const;
 
     bool bigEndian;
+    std::vector<uint16_t> dropTags; // entries with these tags are not written
 
 private:
     struct Entry {
@@ -59,6 +60,9 @@ struct ImageSpec {
     uint32_t tileWidth = 0;
     uint32_t tileLength = 0;
     std::vector<Bytes> chunks;
+    long long countDelta = 0;           // added to every stated byte count
+    std::vector<uint16_t> dropTags;     // left out of the directory
+    std::vector<uint32_t> extraTags;    // raw entries written last: tag, type, count, value
 };
 
 Bytes buildImage(const ImageSpec& image);

@@ -1,0 +1,270 @@
+// recipe.cpp - builds the test images of the case tables from their key=value descriptions
+#include "recipe.h"
+
+#include <cmath>
+#include <cstring>
+#include <fstream>
+#include <limits>
+#include <map>
+#include <sstream>
+#include <stdexcept>
+
+#include "lzw_encoder.h"
+#include "packbits.h"
+#include "wide_samples.h"
+
+namespace vktest {
+
+namespace {
+
+uint32_t mix(uint32_t v)
+{
+    v ^= v >> 16;
+    v *= 0x7feb352dU;
+    v ^= v >> 15;
+    v *= 0x846ca68bU;
+    return v ^ (v >> 16);
+}
+
+// The 16-bit word of sample s at (x, y): a picture with ramps and flat runs
+// (smooth), random words (noise) or long runs (flat).
+uint16_t word(const std::string& pattern, uint32_t x, uint32_t y, uint32_t s)
+{
+    const uint32_t h = mix(x * 73856093U ^ y * 19349663U ^ s * 83492791U);
+    if (pattern == "noise")
+        return uint16_t(h);
+    if (pattern == "flat")
+        return uint16_t(((x / 9 + y / 4) % 3) * 0x5151 + s * 0x1111);
+    return uint16_t((x * 997 + y * 2311 + s * 7919) & 0xFFFF) ^ ((h & 7) == 0 ? uint16_t(h >> 20) : 0);
+}
+
+float floatValue(const std::string& pattern, uint32_t x, uint32_t y, uint32_t s)
+{
+    static constexpr float specials[] = {0.0f, -0.0f, 1.0f, -1.0f, 2.5f, 1e-40f, 0.99999994f,
+                                         std::numeric_limits<float>::infinity(),
+                                         std::numeric_limits<float>::quiet_NaN(), 65535.0f};
+    if (pattern == "edges" && (x + 2 * y + s) % 3 == 0)
+        return specials[(x + y * 7 + s * 3) % (sizeof specials / sizeof specials[0])];
+    return float(word(pattern, x, y, s)) / 60000.0f - 0.05f;
+}
+
+void putSample(Bytes& out, const Recipe& r, uint32_t x, uint32_t y, uint32_t s)
+{
+    const ImageSpec& im = r.image;
+    if (im.bitsPerSample == 8)
+        out.push_back(uint8_t(word(r.pattern, x, y, s) >> 8));
+    else if (im.bitsPerSample == 16)
+        putU16(out, word(r.pattern, x, y, s), im.bigEndian);
+    else
+        putFloat(out, floatValue(r.pattern, x, y, s), im.bigEndian);
+}
+
+// Horizontal differencing of 8- and 16-bit samples, row by row.
+void difference(Bytes& raw, const ImageSpec& im, uint32_t chunkWidth)
+{
+    const uint32_t spp = im.samplesPerPixel;
+    if (im.bitsPerSample == 8) {
+        const size_t row = size_t(chunkWidth) * spp;
+        for (size_t r0 = 0; r0 + row <= raw.size(); r0 += row)
+            for (size_t i = row; i-- > spp;)
+                raw[r0 + i] = uint8_t(raw[r0 + i] - raw[r0 + i - spp]);
+    } else if (im.bitsPerSample == 16) {
+        const size_t row = size_t(chunkWidth) * spp * 2;
+        auto get = [&](size_t i) {
+            return im.bigEndian ? uint16_t(raw[i] << 8 | raw[i + 1]) : uint16_t(raw[i + 1] << 8 | raw[i]);
+        };
+        for (size_t r0 = 0; r0 + row <= raw.size(); r0 += row)
+            for (size_t i = row - 2; i >= spp * 2 && i < row; i -= 2) {
+                const uint16_t d = uint16_t(get(r0 + i) - get(r0 + i - spp * 2));
+                raw[r0 + i] = uint8_t(im.bigEndian ? d >> 8 : d);
+                raw[r0 + i + 1] = uint8_t(im.bigEndian ? d : d >> 8);
+            }
+    }
+}
+
+Bytes encode(const Recipe& r, Bytes raw, uint32_t chunkWidth)
+{
+    if (r.image.predictor == 2)
+        difference(raw, r.image, chunkWidth);
+    if (r.image.compression == 5)
+        return lzwEncodeTiff(raw, r.lzwClearWhenFull);
+    if (r.image.compression == 32773)
+        return packBitsEncode(raw);
+    return raw;
+}
+
+std::pair<uint32_t, uint32_t> dims(const std::string& v)
+{
+    const size_t x = v.find('x');
+    return {uint32_t(std::stoul(v.substr(0, x))), uint32_t(std::stoul(v.substr(x + 1)))};
+}
+
+std::vector<std::string> split(const std::string& s, char sep)
+{
+    std::vector<std::string> out;
+    std::stringstream in(s);
+    for (std::string part; std::getline(in, part, sep);)
+        out.push_back(part);
+    return out;
+}
+
+void setField(Recipe& r, const std::string& key, const std::string& v)
+{
+    ImageSpec& im = r.image;
+    if (key == "order")
+        im.bigEndian = v == "MM";
+    else if (key == "size")
+        std::tie(im.width, im.height) = dims(v);
+    else if (key == "bits")
+        im.bitsPerSample = uint16_t(std::stoul(v));
+    else if (key == "spp")
+        im.samplesPerPixel = uint16_t(std::stoul(v));
+    else if (key == "comp")
+        im.compression = uint16_t(std::stoul(v));
+    else if (key == "pred")
+        im.predictor = uint16_t(std::stoul(v));
+    else if (key == "rps")
+        im.rowsPerStrip = uint32_t(std::stoul(v));
+    else if (key == "tile")
+        std::tie(im.tileWidth, im.tileLength) = dims(v);
+    else if (key == "pattern")
+        r.pattern = v;
+    else if (key == "lzwfull")
+        r.lzwClearWhenFull = v == "0";
+    else if (key == "headload")
+        r.headLoaded = v;
+    else if (key == "loaded")
+        r.loaded = v;
+    else if (key == "edit")
+        r.edits = split(v, '&');
+    else if (key == "counts")
+        r.countDelta = std::stoll(v);
+    else if (key == "tag")
+        r.tags = split(v, '&');
+    else if (key == "drop")
+        for (const std::string& t : split(v, '&'))
+            r.drop.push_back(uint16_t(std::stoul(t)));
+    else if (key == "patch")
+        r.patches = split(v, '&');
+    else if (key == "target")
+        r.target = v;
+    else if (key == "alpha")
+        r.alpha = {std::stoi(v)};
+    else if (key == "entry")
+        r.entries = {std::stoi(v)};
+    else
+        throw std::runtime_error("unknown recipe field " + key);
+}
+
+unsigned int& field(TiffHeader& h, const std::string& name)
+{
+    const size_t bracket = name.find('[');
+    if (bracket != std::string::npos) {
+        const size_t k = std::stoul(name.substr(bracket + 1)) % maxStrips;
+        return name.compare(0, bracket, "offset") == 0 ? h.stripOffsets[k] : h.stripByteCounts[k];
+    }
+    static const std::map<std::string, unsigned int TiffHeader::*> fields = {
+        {"width", &TiffHeader::imageWidth},    {"length", &TiffHeader::imageLength},
+        {"spp", &TiffHeader::samplesPerPixel}, {"compression", &TiffHeader::compression},
+        {"predictor", &TiffHeader::predictor}, {"rps", &TiffHeader::rowsPerStrip},
+        {"strips", &TiffHeader::stripCount},   {"tilewidth", &TiffHeader::tileWidth},
+        {"tilelength", &TiffHeader::tileLength}, {"tiles", &TiffHeader::tileCount},
+        {"across", &TiffHeader::tilesAcross},  {"down", &TiffHeader::tilesDown}};
+    return h.*fields.at(name);
+}
+
+} // namespace
+
+Bytes Recipe::build() const
+{
+    ImageSpec im = image;
+    const bool tiled = im.tileWidth != 0;
+    const uint32_t chunkW = tiled ? im.tileWidth : im.width;
+    const uint32_t chunkH = tiled ? im.tileLength : (im.rowsPerStrip ? im.rowsPerStrip : std::max(im.height, 1u));
+    const uint32_t across = tiled ? (im.width + chunkW - 1) / chunkW : 1;
+    const uint32_t down = (im.height + chunkH - 1) / chunkH;
+    for (uint32_t cy = 0; cy < down; ++cy)
+        for (uint32_t cx = 0; cx < across; ++cx) {
+            // Strips hold only the image's rows; tiles are always whole.
+            const uint32_t rows = tiled ? chunkH : std::min(chunkH, im.height - cy * chunkH);
+            Bytes raw;
+            for (uint32_t j = 0; j < rows; ++j)
+                for (uint32_t i = 0; i < chunkW; ++i)
+                    for (uint32_t s = 0; s < im.samplesPerPixel; ++s)
+                        putSample(raw, *this, cx * chunkW + i, cy * chunkH + j, s);
+            im.chunks.push_back(encode(*this, raw, chunkW));
+        }
+    im.countDelta = countDelta;
+    im.dropTags = drop;
+    for (const std::string& t : tags)
+        for (const std::string& n : split(t, ':'))
+            im.extraTags.push_back(uint32_t(std::stoul(n, nullptr, 0)));
+    Bytes file = buildImage(im);
+    for (const std::string& p : patches) {
+        const size_t colon = p.find(':');
+        size_t at = std::stoul(p.substr(0, colon), nullptr, 0);
+        for (size_t i = colon + 1; i + 1 < p.size(); i += 2, ++at) {
+            if (at >= file.size())
+                file.resize(at + 1);
+            file[at] = uint8_t(std::stoul(p.substr(i, 2), nullptr, 16));
+        }
+    }
+    return file;
+}
+
+long long Recipe::loadedBytes(const std::string& loaded, size_t fileSize)
+{
+    if (loaded.empty())
+        return -1;
+    if (loaded.back() == '%')
+        return (long long)fileSize * std::stoll(loaded) / 100;
+    return std::stoll(loaded);
+}
+
+void Recipe::applyEdits(TiffHeader& header) const
+{
+    for (const std::string& e : edits) {
+        const size_t op = e.find_first_of("+=", e.find(']') == std::string::npos ? 0 : e.find(']'));
+        unsigned int& f = field(header, e.substr(0, op));
+        const unsigned int v = unsigned(std::stoll(e.substr(op + 1), nullptr, 0));
+        f = e[op] == '+' ? f + v : v;
+    }
+}
+
+std::vector<Recipe> readRecipes(const std::string& path)
+{
+    std::ifstream in(path);
+    if (!in)
+        throw std::runtime_error("cannot read " + path);
+    std::vector<Recipe> out;
+    for (std::string line; std::getline(in, line);) {
+        line = line.substr(0, line.find('#'));
+        std::vector<std::string> words;
+        std::stringstream ws(line);
+        for (std::string w; ws >> w;)
+            words.push_back(w);
+        if (words.empty())
+            continue;
+        std::vector<Recipe> cases(1);
+        cases[0].name = words[0];
+        for (size_t i = 1; i < words.size(); ++i) {
+            const size_t eq = words[i].find('=');
+            const std::string key = words[i].substr(0, eq);
+            const std::vector<std::string> values = split(words[i].substr(eq + 1), ',');
+            std::vector<Recipe> next;
+            for (const Recipe& c : cases)
+                for (const std::string& v : values) {
+                    Recipe r = c;
+                    setField(r, key, v);
+                    if (values.size() > 1)
+                        r.name += "_" + key + "=" + v;
+                    next.push_back(r);
+                }
+            cases.swap(next);
+        }
+        out.insert(out.end(), cases.begin(), cases.end());
+    }
+    return out;
+}
+
+} // namespace vktest
