@@ -7,7 +7,7 @@
 #include "fuzz/harness.h"
 #include "fuzz/lzw_reference.h"
 #include "tiff/lzw.h"
-#include "tiff/lzw_strip.h"
+#include "tiff/lzw_fast.h"
 
 namespace vkfuzz {
 

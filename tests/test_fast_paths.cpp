@@ -14,7 +14,7 @@
 #include "support/packbits.h"
 #include "support/tiff_builder.h"
 #include "tiff/decode_path.h"
-#include "tiff/lzw_strip.h"
+#include "tiff/lzw_fast.h"
 
 namespace {
 

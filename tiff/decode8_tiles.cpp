@@ -5,7 +5,7 @@
 #include "tiff/decode8_fast.h"
 #include "tiff/decode_common.h"
 #include "tiff/lzw_count.h"
-#include "tiff/lzw_strip.h"
+#include "tiff/lzw_fast.h"
 #include "tiff/stream_rows.h"
 
 using namespace decode8;

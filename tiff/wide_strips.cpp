@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "tiff/lzw_strip.h"
+#include "tiff/lzw_fast.h"
 
 #include "tiff/lzw_count.h"
 

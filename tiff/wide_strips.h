@@ -60,7 +60,7 @@ bool lzwFloatScratchBytes(const StripLayout& l, uint32_t& bytes);
 // delivered, as ff_lzw_decode does, storing only the first `keep` in out.
 int decodeChunk(LZWState& state, unsigned char* out, uint32_t expected, uint32_t keep);
 
-// The whole chunk, by the fast decoder where `path` allows (lzw_strip.h).
+// The whole chunk, by the fast decoder where `path` allows (lzw_fast.h).
 int decodeWholeChunk(LZWState& state, unsigned char* out, uint32_t expected, DecodePath path);
 
 // Undoes horizontal differencing on 16-bit host-order units over the first

@@ -1,4 +1,4 @@
-// lzw_strip.h - fast LZW decoding of a whole strip or tile, beside ff_lzw_decode
+// lzw_fast.h - fast LZW decoding of a whole strip or tile, beside ff_lzw_decode
 #pragma once
 
 #include "tiff/decode_path.h"

@@ -1,5 +1,5 @@
-// lzw_strip.cpp - whole-chunk TIFF LZW decoding: short strings stored from one word per code, long ones copied from earlier output
-#include "tiff/lzw_strip.h"
+// lzw_fast.cpp - whole-chunk TIFF LZW decoding: short strings stored from one word per code, long ones copied from earlier output
+#include "tiff/lzw_fast.h"
 
 #include <algorithm>
 #include <cstdint>
