@@ -14,16 +14,6 @@
 #include "tiff/tiff_header.h"
 #include "tiff/visible.h"
 
-// Decode every strip, or every tile, of the first directory into call->target.
-// Both return 1, 4, 7 or 14. `scratch` belongs to imgDecode8: it is null on
-// entry, and null again on every return these make (the LZW paths allocate it
-// and free it themselves); imgDecode8 frees what an exception leaves behind.
-// `path` chooses between the plain path and the fast paths (decode_path.h).
-unsigned int imgDecode8_stripes(vkP::_dataIMG_Decode8* call, TiffHeader* header, unsigned char*& scratch,
-                                DecodePath path);
-unsigned int imgDecode8_tiles(vkP::_dataIMG_Decode8* call, TiffHeader* header, unsigned char*& scratch,
-                              DecodePath path);
-
 namespace decode8 {
 
 constexpr uint32_t lzwIntegerHeadroom = 5000; // spare bytes after an LZW strip or tile of 8- or 16-bit samples
@@ -125,11 +115,6 @@ unsigned char floatToByte(float v);
 // byte order). Callers check scratchCoversChunk first.
 void undoPredictor(unsigned char* data, uint32_t width, uint32_t rows, uint32_t samplesPerPixel, bool alpha,
                    uint32_t bytesPerSample);
-
-// PackBits strips, straight from the file buffer into the target's bytes.
-// Both return 1, or 14 for a strip number beyond the tables.
-unsigned int packBitsInteger(Call& call);
-unsigned int packBitsFloat(Call& call);
 
 // Allocates the scratch of an LZW path (value-initialised when `zeroed`),
 // runs decode(scratch) and frees the scratch on every return. 7 when the

@@ -56,8 +56,8 @@ inline bool packBitsInTarget(const Call& call)
 
 // PackBits strips as packBitsInteger and packBitsFloat decode them, packets
 // that lie in the loaded data read from memory and bytes stored without calls.
-unsigned int packBitsIntegerFast(Call& call);
-unsigned int packBitsFloatFast(Call& call);
+unsigned int packBitsTo8Fast(Call& call);
+unsigned int packBitsFloatTo8Fast(Call& call);
 
 // The rows of a decoded LZW strip (scratch holding rowsPerStrip nominal
 // rows) starting at image row firstRow, predictor included.

@@ -1,4 +1,4 @@
-// wide_strips.h - strip loops shared by imgDecode16 and imgDecodef: entry frame, LZW, PackBits and uncompressed strips
+// wide_strips.h - strip loops of the 16-bit and float targets: LZW, PackBits and uncompressed strips, start pixels
 #pragma once
 
 #include <cstdint>
@@ -9,6 +9,7 @@
 #include "plugin/records.h"
 #include "plugin/status.h"
 #include "shared/image/file_buffer.h"
+#include "shared/image/pixel.h"
 #include "tiff/decode_common.h"
 #include "tiff/decode_path.h"
 #include "tiff/lzw.h"
@@ -104,26 +105,14 @@ void writePixel(Target& target, uint32_t x, uint32_t y, const Pixel& p)
     target.write(xi, yi, p);
 }
 
-// The frame of a decode entry: refuses tiled images, hands the header's byte
-// order to the file buffer, runs body(file, target, header) and turns any
-// exception into vkStatusException (the scratch is owned by the body's stack
-// and freed while unwinding).
-template <class Call, class Body>
-unsigned int runStripDecode(Call* call, Body&& body)
-{
-    try {
-        // A record without its three pointers names nothing to read.
-        if (!call || !call->fileBuffer || !call->target || !call->tiffHeader)
-            return vkStatusUnsupported;
-        const TiffHeader& h = *call->tiffHeader;
-        if (h.tileCount != 0)
-            return vkStatusUnsupported;
-        call->fileBuffer->dataBigEndian = h.bigEndian != 0;
-        return body(*call->fileBuffer, *call->target, h);
-    } catch (...) {
-        return vkStatusException;
-    }
-}
+// Light grey, opaque: what a channel that is never read keeps. Without the
+// alpha flag every whole-record path therefore writes alpha 0xFFFF.
+constexpr vkP::_Rgba16 startPixel16{0xCCCC, 0xCCCC, 0xCCCC, 0xFFFF};
+
+// Alpha is only read with the alpha flag; without it every pixel is opaque,
+// 1.0, on every whole-record path. The colour start is the light grey of the
+// 16-bit target (0xCCCC is 0.8 of full scale), kept by channels never read.
+constexpr vkP::_Rgbaf startPixelf{0.8f, 0.8f, 0.8f, 1.0f};
 
 // LZW strips: allocates and zeroes the scratch of `scratchBytes` once per call
 // (also when there are no strips), then per strip starts the decoder at the

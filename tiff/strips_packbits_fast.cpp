@@ -1,11 +1,11 @@
-// decode8_packbits_fast.cpp - fast PackBits strips into 8-bit RGBA: packets from memory, bytes stored without calls
+// strips_packbits_fast.cpp - fast PackBits strips into 8-bit RGBA: packets from memory, bytes stored without calls
 #include <cstring>
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
 
 #include "tiff/decode8_fast.h"
-#include "tiff/packbits_fast.h"
+#include "tiff/strips_packbits_fast.h"
 
 namespace decode8 {
 
@@ -223,7 +223,7 @@ unsigned int forEachStrip(Call& call, StripWalk&& walk)
 
 } // namespace
 
-unsigned int packBitsIntegerFast(Call& call)
+unsigned int packBitsTo8Fast(Call& call)
 {
     const SampleLayout& L = call.layout;
     return forEachStrip(call, [&](FastStripSink& sink) {
@@ -258,7 +258,7 @@ unsigned int packBitsIntegerFast(Call& call)
     });
 }
 
-unsigned int packBitsFloatFast(Call& call)
+unsigned int packBitsFloatTo8Fast(Call& call)
 {
     return forEachStrip(call, [&](FastStripSink& sink) {
         uint32_t byteCount = 0;

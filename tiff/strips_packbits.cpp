@@ -1,7 +1,8 @@
-// decode8_packbits.cpp - PackBits strips (8/16-bit and float samples) written byte by byte into 8-bit RGBA
+// strips_packbits.cpp - PackBits strips into 8-bit, 16-bit and float RGBA targets, byte by byte from the file buffer
+#include "tiff/strip_paths.h"
+
 #include <cstring>
 
-#include "tiff/decode8.h"
 #include "tiff/decode8_fast.h"
 #include "tiff/decode_common.h"
 
@@ -107,10 +108,10 @@ unsigned int forEachStrip(Call& call, StripWalk&& walk)
 
 } // namespace
 
-unsigned int packBitsInteger(Call& call)
+unsigned int packBitsTo8(Call& call)
 {
     if (call.path == DecodePath::fast && packBitsInTarget(call))
-        return packBitsIntegerFast(call);
+        return packBitsTo8Fast(call);
     const SampleLayout& L = call.layout;
     return forEachStrip(call, [&](StripSink& sink) {
         uint32_t byteCount = 0;
@@ -131,10 +132,10 @@ unsigned int packBitsInteger(Call& call)
     });
 }
 
-unsigned int packBitsFloat(Call& call)
+unsigned int packBitsFloatTo8(Call& call)
 {
     if (call.path == DecodePath::fast && packBitsInTarget(call))
-        return packBitsFloatFast(call);
+        return packBitsFloatTo8Fast(call);
     return forEachStrip(call, [&](StripSink& sink) {
         uint32_t byteCount = 0;
         unsigned char staging[floatSampleBytes] = {0, 0, 0, 0};
@@ -164,3 +165,59 @@ unsigned int packBitsFloat(Call& call)
 }
 
 } // namespace decode8
+
+using vkP::_Rgba16;
+using vkP::_imgFileBuffer;
+using vkP::_imgRGBABuffer16;
+using wide::StripLayout;
+using vkP::_Rgbaf;
+using vkP::_imgRGBABufferf;
+
+namespace {
+
+unsigned short narrow(float v)
+{
+    _Rgba16 p{};
+    p.fromFloatR(v);
+    return p.r;
+}
+
+} // namespace
+
+unsigned int packBitsTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l)
+{
+    unsigned char sample[2] = {0, 0};
+    // Byte pairs are taken high byte first in either file byte order.
+    return wide::decodePackBitsStrips(fb, h, l, target.capacity, sample,
+                                      [&](uint32_t index, const unsigned char* s) {
+                                          target.writeShort(index, (unsigned short)(s[0] << 8 | s[1]));
+                                      });
+}
+
+unsigned int packBitsFloatTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l)
+{
+    const float one = 1.0f;
+    unsigned char sample[4];
+    std::memcpy(sample, &one, sizeof sample);
+    // Four bytes make one float in memory order, no swap for either byte order.
+    return wide::decodePackBitsStrips(fb, h, l, target.capacity, sample,
+                                      [&](uint32_t index, const unsigned char* s) {
+                                          float v;
+                                          std::memcpy(&v, s, sizeof v);
+                                          target.writeShort(index, narrow(v));
+                                      });
+}
+
+unsigned int packBitsFloatTof(_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffHeader& h, const StripLayout& l)
+{
+    const float one = 1.0f;
+    unsigned char sample[4];
+    std::memcpy(sample, &one, sizeof sample);
+    // Four bytes make one float in memory order, no swap for either byte order.
+    return wide::decodePackBitsStrips(fb, h, l, target.capacity, sample,
+                                      [&](uint32_t index, const unsigned char* s) {
+                                          float v;
+                                          std::memcpy(&v, s, sizeof v);
+                                          target.writeFloat(index, v);
+                                      });
+}

@@ -1,108 +1,26 @@
-// decode8_strips.cpp - imgDecode8_stripes: dispatch, and the uncompressed and LZW strip paths into 8-bit RGBA
+// strips_lzw.cpp - LZW strips into 8-bit, 16-bit and float RGBA targets: scratch per call, strips decoded one by one
+#include "tiff/strip_paths.h"
+
 #include <cstring>
 
-#include "tiff/decode8.h"
 #include "tiff/decode8_fast.h"
 #include "tiff/decode_common.h"
 #include "tiff/lzw_count.h"
 #include "tiff/lzw_fast.h"
-#include "tiff/stream_rows.h"
+#include "tiff/narrow_rows.h"
+#include "tiff/wide_fast.h"
 
 using namespace decode8;
+using vkP::_Rgba16;
+using vkP::_imgFileBuffer;
+using vkP::_imgRGBABuffer16;
+using wide::StripLayout;
+using vkP::_Rgbaf;
+using vkP::_imgRGBABufferf;
+using wide::startPixel16;
+using wide::startPixelf;
 
 namespace {
-
-unsigned int uncompressedInteger(Call& call)
-{
-    const TiffHeader& h = call.header;
-    const SampleLayout& L = call.layout;
-    const Visible v = visibleArea(call.target);
-    // Rows of fast strips into a large target are streamed, and fenced on the way out.
-    const bool stream = streamTarget(call.target);
-    const StreamFence fence;
-    uint32_t firstRow = 0;
-    for (uint32_t s = 0; s < h.stripCount; ++s, firstRow += h.rowsPerStrip) {
-        if (!chunkInTable(s))
-            return vkStatusCorruptData;
-        const uint32_t offset = h.stripOffsets[s];
-        const uint32_t rows = firstRow < h.imageLength ? stripRows(h, firstRow) : 0;
-        if (call.path == DecodePath::fast && blockInTarget(call.target, 0, firstRow, h.imageWidth, rows) &&
-            chunkFullyLoaded(call, offset, uint64_t(rows) * h.imageWidth)) {
-            const unsigned char* strip = call.file.buffer + offset;
-            for (uint32_t r = 0; r < rows; ++r) {
-                const unsigned char* row = strip + size_t(r) * h.imageWidth * L.bytesPerPixel + L.highByte;
-                if (!stream || !streamRow(call, row, h.imageWidth, 0, firstRow + r))
-                    emitRow(call, row, h.imageWidth, 0, firstRow + r);
-            }
-            continue;
-        }
-        const auto skipped = [&](uint64_t j, uint64_t count) {
-            skipFilePixels(call, offset + uint32_t(j) * L.bytesPerPixel + L.highByte, L.bytesPerPixel, count);
-        };
-        if (chunkFullyLoaded(call, offset, uint64_t(rows) * h.imageWidth)) {
-            const unsigned char* strip = call.file.buffer + offset;
-            walkStripPixels(
-                h.imageWidth, rows, firstRow, v,
-                [&](uint32_t x, uint32_t r) {
-                    readBytePixel(call, strip + (x + r * h.imageWidth) * L.bytesPerPixel + L.highByte);
-                    call.target.write(int(x), int(firstRow + r), call.pixel);
-                },
-                skipped);
-        } else {
-            walkStripPixels(
-                h.imageWidth, rows, firstRow, v,
-                [&](uint32_t x, uint32_t r) {
-                    readFilePixel(call, offset + (x + r * h.imageWidth) * L.bytesPerPixel + L.highByte);
-                    call.target.write(int(x), int(firstRow + r), call.pixel);
-                },
-                skipped);
-        }
-    }
-    return vkStatusOk;
-}
-
-// Every depth but 8 and 16 comes here and is read as 32-bit floats.
-unsigned int uncompressedFloat(Call& call)
-{
-    const TiffHeader& h = call.header;
-    const uint32_t step = call.layout.bytesPerSample;
-    const uint32_t stride = call.layout.bytesPerPixel;
-    const bool hostOrder = false; // so that a read swaps exactly when the file is big-endian
-    const Visible v = visibleArea(call.target);
-    uint32_t firstRow = 0;
-    for (uint32_t s = 0; s < h.stripCount; ++s, firstRow += h.rowsPerStrip) {
-        if (!chunkInTable(s))
-            return vkStatusCorruptData;
-        const uint32_t offset = h.stripOffsets[s];
-        const uint32_t rows = firstRow < h.imageLength ? stripRows(h, firstRow) : 0;
-        if (call.path == DecodePath::fast && blockInTarget(call.target, 0, firstRow, h.imageWidth, rows) &&
-            floatChunkFullyLoaded(call, offset, uint64_t(rows) * h.imageWidth)) {
-            for (uint32_t r = 0; r < rows; ++r)
-                emitFloatRow(call, call.file.buffer + offset + size_t(r) * h.imageWidth * stride, h.imageWidth,
-                             firstRow + r);
-            continue;
-        }
-        walkStripPixels(
-            h.imageWidth, rows, firstRow, v,
-            [&](uint32_t x, uint32_t r) {
-                const uint32_t p = offset + (x + r * h.imageWidth) * stride;
-                float f = 0;
-                if (call.layout.alpha && call.file.readfloatP(f, filePosition(p + 3 * step), hostOrder))
-                    call.pixel.fromFloatA(f);
-                if (call.file.readfloatP(f, filePosition(p + 2 * step), hostOrder))
-                    call.pixel.fromFloatB(f);
-                if (call.file.readfloatP(f, filePosition(p + step), hostOrder))
-                    call.pixel.fromFloatG(f);
-                if (call.file.readfloatP(f, filePosition(p), hostOrder))
-                    call.pixel.fromFloatR(f);
-                call.target.write(int(x), int(firstRow + r), call.pixel);
-            },
-            [&](uint64_t j, uint64_t count) {
-                skipFloatFilePixels(call, offset + uint32_t(j) * stride, stride, count);
-            });
-    }
-    return vkStatusOk;
-}
 
 bool shortDecode(int got, uint32_t wanted) { return got < 0 || uint32_t(got) != wanted; }
 
@@ -233,7 +151,9 @@ unsigned int lzwFloatStrips(Call& call, unsigned char* scratch, uint32_t bytes)
     return vkStatusOk;
 }
 
-unsigned int lzwInteger(Call& call, unsigned char*& scratch)
+} // namespace
+
+unsigned int decode8::lzwTo8(Call& call, unsigned char*& scratch)
 {
     const TiffHeader& h = call.header;
     uint32_t bytes = 0;
@@ -245,7 +165,7 @@ unsigned int lzwInteger(Call& call, unsigned char*& scratch)
                        [&](unsigned char* data) { return lzwIntegerStrips(call, data, bytes); });
 }
 
-unsigned int lzwFloat(Call& call, unsigned char*& scratch)
+unsigned int decode8::lzwFloatTo8(Call& call, unsigned char*& scratch)
 {
     const TiffHeader& h = call.header;
     uint32_t bytes = 0;
@@ -256,25 +176,125 @@ unsigned int lzwFloat(Call& call, unsigned char*& scratch)
     return withScratch(scratch, bytes, false, [&](unsigned char* data) { return lzwFloatStrips(call, data, bytes); });
 }
 
-} // namespace
-
-unsigned int imgDecode8_stripes(vkP::_dataIMG_Decode8* record, TiffHeader* header, unsigned char*& scratch,
-                                DecodePath path)
+unsigned int lzwTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l,
+                   DecodePath path)
 {
-    Call call = makeCall(*record, *header, path);
-    const bool integer = isIntegerDepth(header->bitsPerSample);
-    switch (header->compression) {
-    case tiffCompressionLZW:
-        if (integer)
-            return lzwInteger(call, scratch);
-        if (header->bitsPerSample == 32)
-            return lzwFloat(call, scratch);
-        return vkStatusUnsupported;
-    case tiffCompressionPackBits:
-        return integer ? packBitsInteger(call) : packBitsFloat(call);
-    case tiffCompressionNone:
-        return integer ? uncompressedInteger(call) : uncompressedFloat(call);
-    default:
-        return vkStatusUnsupported;
-    }
+    uint32_t bytes = 0;
+    if (!wide::lzw16ScratchBytes(l, bytes))
+        return vkStatusNoMemory;
+    _Rgba16 px = startPixel16;
+    const uint32_t unitsPerPixel = 2 * l.samples;
+    const Visible v = visibleArea(target);
+    const uint32_t cut = wide::shownReach(l, v, unitsPerPixel, 6, 2, bytes);
+    // A predictor pass sets each unit from units before it in its own row, so
+    // the rows that start below `cut` are all the shown pixels need (with no
+    // samples at all every pass works on the same four units: all rows).
+    const uint64_t rowBytes = uint64_t(l.width) * l.samples * 2;
+    const uint32_t predictorRows =
+        l.samples == 0 || rowBytes == 0 ? l.rowsPerStrip
+                                        : uint32_t(std::min<uint64_t>(l.rowsPerStrip, (cut + rowBytes - 1) / rowBytes));
+    const uint32_t touched = uint32_t(std::min<uint64_t>(bytes, predictorRows * rowBytes + 8));
+    return wide::decodeLZWStrips(
+        fb, h, l, bytes, unitsPerPixel, vkStatusUnsupported, v, cut, touched, path,
+        [&](unsigned char* scratch) {
+            if (h.predictor == tiffPredictorHorizontal)
+                wide::undoPredictor16(scratch, l, predictorRows);
+        },
+        [&](const unsigned char* scratch, uint32_t pixel, uint32_t x, uint32_t y) {
+            // The pixel stride and channel steps are byte counts applied to
+            // 16-bit units, so pixels are read at twice their spacing and two
+            // samples apart; hosts see this output and it is kept as it is.
+            const uint32_t base = pixel * unitsPerPixel;
+            px.r = wide::unitAt(scratch, base);
+            px.g = wide::unitAt(scratch, base + 2);
+            px.b = wide::unitAt(scratch, base + 4);
+            if (l.alpha)
+                px.a = wide::unitAt(scratch, base + 6);
+            wide::writePixel(target, x, y, px);
+        },
+        [&](const unsigned char* scratch, uint32_t y0, uint32_t rows) {
+            wide::storeStripRows(target, l, y0, rows, px, [&](uint32_t pixel, _Rgba16& p) {
+                const uint32_t base = pixel * unitsPerPixel;
+                p.r = wide::unitAt(scratch, base);
+                p.g = wide::unitAt(scratch, base + 2);
+                p.b = wide::unitAt(scratch, base + 4);
+                if (l.alpha)
+                    p.a = wide::unitAt(scratch, base + 6);
+            });
+        });
+}
+
+unsigned int lzwFloatTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l,
+                      DecodePath path)
+{
+    uint32_t bytes = 0;
+    if (!wide::lzwFloatScratchBytes(l, bytes))
+        return vkStatusNoMemory;
+    _Rgba16 px = startPixel16;
+    const Visible v = visibleArea(target);
+    return wide::decodeLZWStrips(
+        fb, h, l, bytes, 4 * l.samples, vkStatusCorruptData, v, wide::shownReach(l, v, l.samples, 3, 4, bytes), 0, path,
+        [](unsigned char*) {},
+        [&](const unsigned char* scratch, uint32_t pixel, uint32_t x, uint32_t y) {
+            // Decompressed floats are in host order whatever the file's order.
+            const uint32_t p = pixel * l.samples;
+            if (l.alpha)
+                px.fromFloatA(wide::floatAt(scratch, p + 3));
+            px.fromFloatB(wide::floatAt(scratch, p + 2));
+            px.fromFloatG(wide::floatAt(scratch, p + 1));
+            px.fromFloatR(wide::floatAt(scratch, p));
+            wide::writePixel(target, x, y, px);
+        },
+        [&](const unsigned char* scratch, uint32_t y0, uint32_t rows) {
+            const auto fetch = [&](uint32_t pixel, _Rgba16& q) {
+                const uint32_t p = pixel * l.samples;
+                if (l.alpha)
+                    q.a = wide::narrow16(wide::floatAt(scratch, p + 3));
+                q.b = wide::narrow16(wide::floatAt(scratch, p + 2));
+                q.g = wide::narrow16(wide::floatAt(scratch, p + 1));
+                q.r = wide::narrow16(wide::floatAt(scratch, p));
+            };
+            const uint32_t stride = wide::floatBytes * l.samples;
+            if (l.samples < 3) {
+                wide::storeStripRows(target, l, y0, rows, px, fetch);
+                return;
+            }
+            // A whole strip fits the scratch, so pixel × samples does not wrap here.
+            wide::storeStripRows(target, l, y0, rows, px, fetch, [&](uint32_t first, _Rgba16* out, _Rgba16& carried) {
+                wide::narrowFloatRow(scratch + size_t(first) * stride, l.width, stride, l.alpha, false, out, carried);
+            });
+        });
+}
+
+unsigned int lzwFloatTof(_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffHeader& h, const StripLayout& l,
+                      DecodePath path)
+{
+    uint32_t bytes = 0;
+    if (!wide::lzwFloatScratchBytes(l, bytes))
+        return vkStatusNoMemory;
+    _Rgbaf px = startPixelf;
+    const Visible v = visibleArea(target);
+    return wide::decodeLZWStrips(
+        fb, h, l, bytes, 4 * l.samples, vkStatusCorruptData, v, wide::shownReach(l, v, l.samples, 3, 4, bytes), 0,
+        path, [](unsigned char*) {},
+        [&](const unsigned char* scratch, uint32_t pixel, uint32_t x, uint32_t y) {
+            // Decompressed floats are in host order whatever the file's order.
+            const uint32_t p = pixel * l.samples;
+            if (l.alpha)
+                px.a = wide::floatAt(scratch, p + 3);
+            px.b = wide::floatAt(scratch, p + 2);
+            px.g = wide::floatAt(scratch, p + 1);
+            px.r = wide::floatAt(scratch, p);
+            wide::writePixel(target, x, y, px);
+        },
+        [&](const unsigned char* scratch, uint32_t y0, uint32_t rows) {
+            wide::storeStripRows(target, l, y0, rows, px, [&](uint32_t pixel, _Rgbaf& q) {
+                const uint32_t p = pixel * l.samples;
+                if (l.alpha)
+                    q.a = wide::floatAt(scratch, p + 3);
+                q.b = wide::floatAt(scratch, p + 2);
+                q.g = wide::floatAt(scratch, p + 1);
+                q.r = wide::floatAt(scratch, p);
+            });
+        });
 }

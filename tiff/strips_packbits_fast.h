@@ -1,4 +1,4 @@
-// packbits_fast.h - PackBits packets read straight from the loaded bytes where a whole packet lies in them
+// strips_packbits_fast.h - PackBits packets read straight from the loaded bytes where a whole packet lies in them
 #pragma once
 
 #include "shared/image/file_buffer.h"

@@ -1,7 +1,7 @@
-// decode8_tiles.cpp - imgDecode8_tiles: uncompressed and LZW tiles of 8- or 16-bit samples into 8-bit RGBA
+// tiles.cpp - uncompressed and LZW tiles of 8- or 16-bit samples into 8-bit RGBA targets
 #include <cstring>
 
-#include "tiff/decode8.h"
+#include "tiff/strip_paths.h"
 #include "tiff/decode8_fast.h"
 #include "tiff/decode_common.h"
 #include "tiff/lzw_count.h"
@@ -234,16 +234,11 @@ unsigned int lzwTilesWithScratch(Call& call, unsigned char*& scratch)
 
 } // namespace
 
-unsigned int imgDecode8_tiles(vkP::_dataIMG_Decode8* record, TiffHeader* header, unsigned char*& scratch,
-                              DecodePath path)
+unsigned int decode8::tilesTo8(Call& call, unsigned char*& scratch)
 {
-    // Tiled float images and tiled PackBits are not read.
-    if (!isIntegerDepth(header->bitsPerSample))
-        return vkStatusUnsupported;
-    Call call = makeCall(*record, *header, path);
-    if (header->compression == tiffCompressionNone)
+    if (call.header.compression == tiffCompressionNone)
         return uncompressedTiles(call);
-    if (header->compression == tiffCompressionLZW)
+    if (call.header.compression == tiffCompressionLZW)
         return lzwTilesWithScratch(call, scratch);
     return vkStatusUnsupported;
 }

@@ -1,0 +1,289 @@
+// strips_none.cpp - uncompressed strips into 8-bit, 16-bit and float RGBA targets, pixel by pixel from the file buffer
+#include "tiff/strip_paths.h"
+
+#include "tiff/decode8_fast.h"
+#include "tiff/stream_rows.h"
+#include "tiff/narrow_rows.h"
+#include "tiff/wide_fast.h"
+
+using namespace decode8;
+using vkP::_Rgba16;
+using vkP::_imgFileBuffer;
+using vkP::_imgRGBABuffer16;
+using wide::StripLayout;
+using vkP::_Rgbaf;
+using vkP::_imgRGBABufferf;
+using wide::startPixel16;
+using wide::startPixelf;
+
+unsigned int decode8::noneTo8(Call& call)
+{
+    const TiffHeader& h = call.header;
+    const SampleLayout& L = call.layout;
+    const Visible v = visibleArea(call.target);
+    // Rows of fast strips into a large target are streamed, and fenced on the way out.
+    const bool stream = streamTarget(call.target);
+    const StreamFence fence;
+    uint32_t firstRow = 0;
+    for (uint32_t s = 0; s < h.stripCount; ++s, firstRow += h.rowsPerStrip) {
+        if (!chunkInTable(s))
+            return vkStatusCorruptData;
+        const uint32_t offset = h.stripOffsets[s];
+        const uint32_t rows = firstRow < h.imageLength ? stripRows(h, firstRow) : 0;
+        if (call.path == DecodePath::fast && blockInTarget(call.target, 0, firstRow, h.imageWidth, rows) &&
+            chunkFullyLoaded(call, offset, uint64_t(rows) * h.imageWidth)) {
+            const unsigned char* strip = call.file.buffer + offset;
+            for (uint32_t r = 0; r < rows; ++r) {
+                const unsigned char* row = strip + size_t(r) * h.imageWidth * L.bytesPerPixel + L.highByte;
+                if (!stream || !streamRow(call, row, h.imageWidth, 0, firstRow + r))
+                    emitRow(call, row, h.imageWidth, 0, firstRow + r);
+            }
+            continue;
+        }
+        const auto skipped = [&](uint64_t j, uint64_t count) {
+            skipFilePixels(call, offset + uint32_t(j) * L.bytesPerPixel + L.highByte, L.bytesPerPixel, count);
+        };
+        if (chunkFullyLoaded(call, offset, uint64_t(rows) * h.imageWidth)) {
+            const unsigned char* strip = call.file.buffer + offset;
+            walkStripPixels(
+                h.imageWidth, rows, firstRow, v,
+                [&](uint32_t x, uint32_t r) {
+                    readBytePixel(call, strip + (x + r * h.imageWidth) * L.bytesPerPixel + L.highByte);
+                    call.target.write(int(x), int(firstRow + r), call.pixel);
+                },
+                skipped);
+        } else {
+            walkStripPixels(
+                h.imageWidth, rows, firstRow, v,
+                [&](uint32_t x, uint32_t r) {
+                    readFilePixel(call, offset + (x + r * h.imageWidth) * L.bytesPerPixel + L.highByte);
+                    call.target.write(int(x), int(firstRow + r), call.pixel);
+                },
+                skipped);
+        }
+    }
+    return vkStatusOk;
+}
+
+// Every depth but 8 and 16 comes here and is read as 32-bit floats.
+unsigned int decode8::noneFloatTo8(Call& call)
+{
+    const TiffHeader& h = call.header;
+    const uint32_t step = call.layout.bytesPerSample;
+    const uint32_t stride = call.layout.bytesPerPixel;
+    const bool hostOrder = false; // so that a read swaps exactly when the file is big-endian
+    const Visible v = visibleArea(call.target);
+    uint32_t firstRow = 0;
+    for (uint32_t s = 0; s < h.stripCount; ++s, firstRow += h.rowsPerStrip) {
+        if (!chunkInTable(s))
+            return vkStatusCorruptData;
+        const uint32_t offset = h.stripOffsets[s];
+        const uint32_t rows = firstRow < h.imageLength ? stripRows(h, firstRow) : 0;
+        if (call.path == DecodePath::fast && blockInTarget(call.target, 0, firstRow, h.imageWidth, rows) &&
+            floatChunkFullyLoaded(call, offset, uint64_t(rows) * h.imageWidth)) {
+            for (uint32_t r = 0; r < rows; ++r)
+                emitFloatRow(call, call.file.buffer + offset + size_t(r) * h.imageWidth * stride, h.imageWidth,
+                             firstRow + r);
+            continue;
+        }
+        walkStripPixels(
+            h.imageWidth, rows, firstRow, v,
+            [&](uint32_t x, uint32_t r) {
+                const uint32_t p = offset + (x + r * h.imageWidth) * stride;
+                float f = 0;
+                if (call.layout.alpha && call.file.readfloatP(f, filePosition(p + 3 * step), hostOrder))
+                    call.pixel.fromFloatA(f);
+                if (call.file.readfloatP(f, filePosition(p + 2 * step), hostOrder))
+                    call.pixel.fromFloatB(f);
+                if (call.file.readfloatP(f, filePosition(p + step), hostOrder))
+                    call.pixel.fromFloatG(f);
+                if (call.file.readfloatP(f, filePosition(p), hostOrder))
+                    call.pixel.fromFloatR(f);
+                call.target.write(int(x), int(firstRow + r), call.pixel);
+            },
+            [&](uint64_t j, uint64_t count) {
+                skipFloatFilePixels(call, offset + uint32_t(j) * stride, stride, count);
+            });
+    }
+    return vkStatusOk;
+}
+
+unsigned int noneTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l,
+                     DecodePath path)
+{
+    _Rgba16 px = startPixel16;
+    const uint32_t stride = 2 * l.samples;
+    return wide::decodePlainStrips(
+        h, l, stride, visibleArea(target),
+        [&](uint32_t base, uint32_t x, uint32_t y) {
+            if (l.alpha)
+                fb.readUint16P(px.a, wide::filePos(base + 6), wide::noSwap);
+            fb.readUint16P(px.b, wide::filePos(base + 4), wide::noSwap);
+            fb.readUint16P(px.g, wide::filePos(base + 2), wide::noSwap);
+            fb.readUint16P(px.r, wide::filePos(base), wide::noSwap);
+            wide::writePixel(target, x, y, px);
+        },
+        [&](uint32_t first, uint64_t count) {
+            const auto channel = [&](unsigned short& value, uint32_t at) {
+                replayLastRead(fb, first + at, stride, 2, count,
+                               [&](uint32_t p) { fb.readUint16P(value, wide::filePos(p), wide::noSwap); });
+            };
+            if (l.alpha)
+                channel(px.a, 6);
+            channel(px.b, 4);
+            channel(px.g, 2);
+            channel(px.r, 0);
+        },
+        [&](uint32_t offset, uint32_t y0, uint32_t rows) {
+            if (path != DecodePath::fast ||
+                !wide::plainStripLoaded(fb, offset, uint64_t(rows) * l.width, stride, l.alpha ? 8 : 6))
+                return false;
+            const unsigned char* strip = fb.buffer + offset;
+            const bool swap = fb.dataBigEndian; // the reads swap exactly for big-endian files
+            const auto fetch = [&](uint32_t pixel, _Rgba16& p) {
+                const unsigned char* at = strip + size_t(pixel) * stride;
+                if (l.alpha)
+                    p.a = wide::load16(at + 6, swap);
+                p.b = wide::load16(at + 4, swap);
+                p.g = wide::load16(at + 2, swap);
+                p.r = wide::load16(at, swap);
+            };
+            if (swap) {
+                wide::storeStripRows(target, l, y0, rows, px, fetch);
+                return true;
+            }
+            // In host order a pixel's channels are its first eight bytes as
+            // they lie (six and the carried alpha without the flag; those
+            // eight reach into the next pixel, so a row's last is read alone).
+            wide::storeStripRows(target, l, y0, rows, px, fetch, [&](uint32_t first, _Rgba16* out, _Rgba16& carried) {
+                const unsigned char* at = strip + size_t(first) * stride;
+                uint32_t x = 0;
+                if (l.alpha) {
+                    for (; x < l.width; ++x, at += stride)
+                        std::memcpy(&out[x], at, sizeof out[x]);
+                } else {
+                    const uint64_t alpha = uint64_t(carried.a) << 48;
+                    constexpr uint64_t rgb = (uint64_t(1) << 48) - 1;
+                    for (; x + 1 < l.width; ++x, at += stride) {
+                        uint64_t v;
+                        std::memcpy(&v, at, sizeof v);
+                        v = (v & rgb) | alpha;
+                        std::memcpy(&out[x], &v, sizeof v);
+                    }
+                    _Rgba16 p = carried;
+                    for (; x < l.width; ++x) {
+                        fetch(first + x, p);
+                        out[x] = p;
+                    }
+                }
+                if (l.width > 0)
+                    carried = out[l.width - 1];
+            });
+            return true;
+        });
+}
+
+unsigned int noneFloatTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l,
+                        DecodePath path)
+{
+    // Samples are read as 32-bit floats whatever the bits per sample say.
+    const uint32_t b = h.bitsPerSample / 8u;
+    const uint32_t stride = b * l.samples;
+    _Rgba16 px = startPixel16;
+    float v = 0.0f;
+    return wide::decodePlainStrips(
+        h, l, stride, visibleArea(target),
+        [&](uint32_t base, uint32_t x, uint32_t y) {
+            if (l.alpha && fb.readfloatP(v, wide::filePos(base + 3 * b), wide::noSwap))
+                px.fromFloatA(v);
+            if (fb.readfloatP(v, wide::filePos(base + 2 * b), wide::noSwap))
+                px.fromFloatB(v);
+            if (fb.readfloatP(v, wide::filePos(base + b), wide::noSwap))
+                px.fromFloatG(v);
+            if (fb.readfloatP(v, wide::filePos(base), wide::noSwap))
+                px.fromFloatR(v);
+            wide::writePixel(target, x, y, px);
+        },
+        [&](uint32_t first, uint64_t count) {
+            const auto channel = [&](uint32_t at, void (_Rgba16::*set)(const float&)) {
+                replayLastRead(fb, first + at, stride, 4, count, [&](uint32_t p) {
+                    if (fb.readfloatP(v, wide::filePos(p), wide::noSwap))
+                        (px.*set)(v);
+                });
+            };
+            if (l.alpha)
+                channel(3 * b, &_Rgba16::fromFloatA);
+            channel(2 * b, &_Rgba16::fromFloatB);
+            channel(b, &_Rgba16::fromFloatG);
+            channel(0, &_Rgba16::fromFloatR);
+        },
+        [&](uint32_t offset, uint32_t y0, uint32_t rows) {
+            const uint32_t reach = (l.alpha ? 3 * b : 2 * b) + 4;
+            if (path != DecodePath::fast || !wide::plainStripLoaded(fb, offset, uint64_t(rows) * l.width, stride, reach))
+                return false;
+            const unsigned char* strip = fb.buffer + offset;
+            const bool swap = fb.dataBigEndian;
+            const auto fetch = [&](uint32_t pixel, _Rgba16& p) {
+                const unsigned char* at = strip + size_t(pixel) * stride;
+                if (l.alpha)
+                    p.a = wide::narrow16(wide::loadFloat(at + 3 * b, swap));
+                p.b = wide::narrow16(wide::loadFloat(at + 2 * b, swap));
+                p.g = wide::narrow16(wide::loadFloat(at + b, swap));
+                p.r = wide::narrow16(wide::loadFloat(at, swap));
+            };
+            if (b != wide::floatBytes || stride < 3 * wide::floatBytes) {
+                wide::storeStripRows(target, l, y0, rows, px, fetch);
+                return true;
+            }
+            wide::storeStripRows(target, l, y0, rows, px, fetch, [&](uint32_t first, _Rgba16* out, _Rgba16& carried) {
+                wide::narrowFloatRow(strip + size_t(first) * stride, l.width, stride, l.alpha, swap, out, carried);
+            });
+            return true;
+        });
+}
+
+unsigned int noneFloatTof(_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffHeader& h, const StripLayout& l,
+                        DecodePath path)
+{
+    // Samples are read as 32-bit floats whatever the bits per sample say.
+    const uint32_t b = h.bitsPerSample / 8u;
+    const uint32_t stride = b * l.samples;
+    _Rgbaf px = startPixelf;
+    return wide::decodePlainStrips(
+        h, l, stride, visibleArea(target),
+        [&](uint32_t base, uint32_t x, uint32_t y) {
+            if (l.alpha)
+                fb.readfloatP(px.a, wide::filePos(base + 3 * b), wide::noSwap);
+            fb.readfloatP(px.b, wide::filePos(base + 2 * b), wide::noSwap);
+            fb.readfloatP(px.g, wide::filePos(base + b), wide::noSwap);
+            fb.readfloatP(px.r, wide::filePos(base), wide::noSwap);
+            wide::writePixel(target, x, y, px);
+        },
+        [&](uint32_t first, uint64_t count) {
+            const auto channel = [&](float& value, uint32_t at) {
+                replayLastRead(fb, first + at, stride, 4, count,
+                               [&](uint32_t p) { fb.readfloatP(value, wide::filePos(p), wide::noSwap); });
+            };
+            if (l.alpha)
+                channel(px.a, 3 * b);
+            channel(px.b, 2 * b);
+            channel(px.g, b);
+            channel(px.r, 0);
+        },
+        [&](uint32_t offset, uint32_t y0, uint32_t rows) {
+            const uint32_t reach = (l.alpha ? 3 * b : 2 * b) + 4;
+            if (path != DecodePath::fast || !wide::plainStripLoaded(fb, offset, uint64_t(rows) * l.width, stride, reach))
+                return false;
+            const unsigned char* strip = fb.buffer + offset;
+            const bool swap = fb.dataBigEndian;
+            wide::storeStripRows(target, l, y0, rows, px, [&](uint32_t pixel, _Rgbaf& p) {
+                const unsigned char* at = strip + size_t(pixel) * stride;
+                if (l.alpha)
+                    wide::loadFloat(p.a, at + 3 * b, swap);
+                wide::loadFloat(p.b, at + 2 * b, swap);
+                wide::loadFloat(p.g, at + b, swap);
+                wide::loadFloat(p.r, at, swap);
+            });
+            return true;
+        });
+}
