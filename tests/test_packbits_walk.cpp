@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "shared/image/file_buffer.h"
-#include "tiff/decode_common.h"
+#include "tiff/packbits.h"
 
 namespace {
 

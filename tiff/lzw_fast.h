@@ -1,7 +1,6 @@
 // lzw_fast.h - fast LZW decoding of a whole strip or tile, beside ff_lzw_decode
 #pragma once
 
-#include "tiff/decode_path.h"
 #include "tiff/lzw.h"
 
 // True for a state exactly as ff_lzw_decode_init leaves it in TIFF mode with
@@ -21,11 +20,3 @@ bool lzwFreshTiffStart(const LZWState& s);
 // returned count up to len may differ from ff_lzw_decode's when the count
 // falls short; callers treat a short count as corrupt data and never read them.
 int lzwDecodeStrip(LZWState* s, unsigned char* out, int len);
-
-// ff_lzw_decode, or lzwDecodeStrip where the path is fast and it applies.
-inline int decodeLzwChunk(LZWState& s, unsigned char* out, int len, DecodePath path)
-{
-    if (path == DecodePath::fast && lzwFreshTiffStart(s))
-        return lzwDecodeStrip(&s, out, len);
-    return ff_lzw_decode(&s, out, len);
-}

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "plugin/records.h"
-#include "tiff/decode8.h"
-#include "tiff/wide_strips.h"
+#include "tiff/rows8.h"
+#include "tiff/strip_loops_wide.h"
 
 // Each path decodes every strip (or tile) of the first directory into the
 // target and returns vkStatusOk, or vkStatusUnsupported, vkStatusNoMemory or

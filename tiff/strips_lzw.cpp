@@ -3,12 +3,10 @@
 
 #include <cstring>
 
-#include "tiff/decode8_fast.h"
-#include "tiff/decode_common.h"
-#include "tiff/lzw_count.h"
-#include "tiff/lzw_fast.h"
-#include "tiff/narrow_rows.h"
-#include "tiff/wide_fast.h"
+#include "tiff/rows8_fast.h"
+#include "tiff/lzw_chunk.h"
+#include "tiff/narrow_rows_fast.h"
+#include "tiff/strip_loops_wide_fast.h"
 
 using namespace decode8;
 using vkP::_Rgba16;
@@ -23,13 +21,6 @@ using wide::startPixelf;
 namespace {
 
 bool shortDecode(int got, uint32_t wanted) { return got < 0 || uint32_t(got) != wanted; }
-
-// True while a strip after the one starting at firstRow may start again at a
-// row the target shows: only when the 32-bit first row wraps on the way.
-bool wrapAhead(uint32_t firstRow, uint32_t rowsPerStrip, uint32_t stripsLeft)
-{
-    return uint64_t(firstRow) + uint64_t(rowsPerStrip) * stripsLeft > UINT32_MAX;
-}
 
 unsigned int lzwIntegerStrips(Call& call, unsigned char* scratch, uint32_t bytes)
 {
@@ -52,8 +43,8 @@ unsigned int lzwIntegerStrips(Call& call, unsigned char* scratch, uint32_t bytes
         // even when its data would decode.
         if (int32_t(h.stripByteCounts[s]) < 1)
             return vkStatusCorruptData;
-        const uint32_t wanted = L.bytesPerPixel * h.imageWidth * stripRows(h, firstRow);
-        const uint32_t rows = firstRow < h.imageLength ? stripRows(h, firstRow) : 0;
+        const uint32_t wanted = L.bytesPerPixel * h.imageWidth * stripRowsAsked(h.rowsPerStrip, h.imageLength, firstRow);
+        const uint32_t rows = stripRowsInImage(h.rowsPerStrip, h.imageLength, firstRow);
         // A strip wholly in the target: decoded whole, its rows emitted as
         // they are undone. A full decode overwrites the first `wanted` bytes,
         // so only the rest that the rows may read is cleared (all of it when
@@ -127,8 +118,8 @@ unsigned int lzwFloatStrips(Call& call, unsigned char* scratch, uint32_t bytes)
         if (startChunkLZW(state, call.file, h.stripOffsets[s]) < 0)
             return vkStatusUnsupported;
         // Neither zero-filled nor checked against the strip's byte count.
-        const uint32_t wanted = floatSampleBytes * spp * h.imageWidth * stripRows(h, firstRow);
-        const uint32_t rows = firstRow < h.imageLength ? stripRows(h, firstRow) : 0;
+        const uint32_t wanted = floatSampleBytes * spp * h.imageWidth * stripRowsAsked(h.rowsPerStrip, h.imageLength, firstRow);
+        const uint32_t rows = stripRowsInImage(h.rowsPerStrip, h.imageLength, firstRow);
         const uint32_t shown = columns == 0 ? 0 : rowsShown(v, firstRow, rows);
         const bool readLater = columns != 0 && wrapAhead(firstRow, h.rowsPerStrip, h.stripCount - 1 - s);
         const uint32_t keep = shown != 0 || readLater ? std::min(wanted, cut) : 0;
@@ -158,7 +149,7 @@ unsigned int decode8::lzwTo8(Call& call, unsigned char*& scratch)
     const TiffHeader& h = call.header;
     uint32_t bytes = 0;
     if (!chunkScratchBytes(h.imageWidth, h.rowsPerStrip, call.layout.bytesPerSample, h.samplesPerPixel,
-                           lzwIntegerHeadroom, bytes))
+                           lzwHeadroomInteger8, bytes))
         return vkStatusNoMemory;
     // Not zeroed here: every strip zero-fills the whole scratch before decoding.
     return withScratch(scratch, bytes, false,
@@ -169,7 +160,7 @@ unsigned int decode8::lzwFloatTo8(Call& call, unsigned char*& scratch)
 {
     const TiffHeader& h = call.header;
     uint32_t bytes = 0;
-    if (!chunkScratchBytes(h.imageWidth, h.rowsPerStrip, floatSampleBytes, h.samplesPerPixel, lzwFloatHeadroom,
+    if (!chunkScratchBytes(h.imageWidth, h.rowsPerStrip, floatSampleBytes, h.samplesPerPixel, lzwHeadroom,
                            bytes))
         return vkStatusNoMemory;
     // Zeroed by lzwFloatStrips as far as pixels read it.
@@ -180,7 +171,7 @@ unsigned int lzwTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHea
                    DecodePath path)
 {
     uint32_t bytes = 0;
-    if (!wide::lzw16ScratchBytes(l, bytes))
+    if (!lzw16ScratchBytes(l.width, l.rowsPerStrip, l.samples, bytes))
         return vkStatusNoMemory;
     _Rgba16 px = startPixel16;
     const uint32_t unitsPerPixel = 2 * l.samples;
@@ -198,7 +189,7 @@ unsigned int lzwTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHea
         fb, h, l, bytes, unitsPerPixel, vkStatusUnsupported, v, cut, touched, path,
         [&](unsigned char* scratch) {
             if (h.predictor == tiffPredictorHorizontal)
-                wide::undoPredictor16(scratch, l, predictorRows);
+                undoPredictor(scratch, l.width, predictorRows, l.samples, l.alpha, 2);
         },
         [&](const unsigned char* scratch, uint32_t pixel, uint32_t x, uint32_t y) {
             // The pixel stride and channel steps are byte counts applied to
@@ -228,7 +219,7 @@ unsigned int lzwFloatTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const Ti
                       DecodePath path)
 {
     uint32_t bytes = 0;
-    if (!wide::lzwFloatScratchBytes(l, bytes))
+    if (!lzwFloatScratchBytes(l.width, l.rowsPerStrip, l.samples, bytes))
         return vkStatusNoMemory;
     _Rgba16 px = startPixel16;
     const Visible v = visibleArea(target);
@@ -270,7 +261,7 @@ unsigned int lzwFloatTof(_imgFileBuffer& fb, _imgRGBABufferf& target, const Tiff
                       DecodePath path)
 {
     uint32_t bytes = 0;
-    if (!wide::lzwFloatScratchBytes(l, bytes))
+    if (!lzwFloatScratchBytes(l.width, l.rowsPerStrip, l.samples, bytes))
         return vkStatusNoMemory;
     _Rgbaf px = startPixelf;
     const Visible v = visibleArea(target);

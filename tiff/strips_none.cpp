@@ -1,10 +1,10 @@
 // strips_none.cpp - uncompressed strips into 8-bit, 16-bit and float RGBA targets, pixel by pixel from the file buffer
 #include "tiff/strip_paths.h"
 
-#include "tiff/decode8_fast.h"
-#include "tiff/stream_rows.h"
-#include "tiff/narrow_rows.h"
-#include "tiff/wide_fast.h"
+#include "tiff/rows8_fast.h"
+#include "tiff/rows8_stream_fast.h"
+#include "tiff/narrow_rows_fast.h"
+#include "tiff/strip_loops_wide_fast.h"
 
 using namespace decode8;
 using vkP::_Rgba16;
@@ -29,7 +29,7 @@ unsigned int decode8::noneTo8(Call& call)
         if (!chunkInTable(s))
             return vkStatusCorruptData;
         const uint32_t offset = h.stripOffsets[s];
-        const uint32_t rows = firstRow < h.imageLength ? stripRows(h, firstRow) : 0;
+        const uint32_t rows = stripRowsInImage(h.rowsPerStrip, h.imageLength, firstRow);
         if (call.path == DecodePath::fast && blockInTarget(call.target, 0, firstRow, h.imageWidth, rows) &&
             chunkFullyLoaded(call, offset, uint64_t(rows) * h.imageWidth)) {
             const unsigned char* strip = call.file.buffer + offset;
@@ -78,7 +78,7 @@ unsigned int decode8::noneFloatTo8(Call& call)
         if (!chunkInTable(s))
             return vkStatusCorruptData;
         const uint32_t offset = h.stripOffsets[s];
-        const uint32_t rows = firstRow < h.imageLength ? stripRows(h, firstRow) : 0;
+        const uint32_t rows = stripRowsInImage(h.rowsPerStrip, h.imageLength, firstRow);
         if (call.path == DecodePath::fast && blockInTarget(call.target, 0, firstRow, h.imageWidth, rows) &&
             floatChunkFullyLoaded(call, offset, uint64_t(rows) * h.imageWidth)) {
             for (uint32_t r = 0; r < rows; ++r)
@@ -117,16 +117,16 @@ unsigned int noneTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHe
         h, l, stride, visibleArea(target),
         [&](uint32_t base, uint32_t x, uint32_t y) {
             if (l.alpha)
-                fb.readUint16P(px.a, wide::filePos(base + 6), wide::noSwap);
-            fb.readUint16P(px.b, wide::filePos(base + 4), wide::noSwap);
-            fb.readUint16P(px.g, wide::filePos(base + 2), wide::noSwap);
-            fb.readUint16P(px.r, wide::filePos(base), wide::noSwap);
+                fb.readUint16P(px.a, filePosition(base + 6), wide::noSwap);
+            fb.readUint16P(px.b, filePosition(base + 4), wide::noSwap);
+            fb.readUint16P(px.g, filePosition(base + 2), wide::noSwap);
+            fb.readUint16P(px.r, filePosition(base), wide::noSwap);
             wide::writePixel(target, x, y, px);
         },
         [&](uint32_t first, uint64_t count) {
             const auto channel = [&](unsigned short& value, uint32_t at) {
                 replayLastRead(fb, first + at, stride, 2, count,
-                               [&](uint32_t p) { fb.readUint16P(value, wide::filePos(p), wide::noSwap); });
+                               [&](uint32_t p) { fb.readUint16P(value, filePosition(p), wide::noSwap); });
             };
             if (l.alpha)
                 channel(px.a, 6);
@@ -194,20 +194,20 @@ unsigned int noneFloatTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const T
     return wide::decodePlainStrips(
         h, l, stride, visibleArea(target),
         [&](uint32_t base, uint32_t x, uint32_t y) {
-            if (l.alpha && fb.readfloatP(v, wide::filePos(base + 3 * b), wide::noSwap))
+            if (l.alpha && fb.readfloatP(v, filePosition(base + 3 * b), wide::noSwap))
                 px.fromFloatA(v);
-            if (fb.readfloatP(v, wide::filePos(base + 2 * b), wide::noSwap))
+            if (fb.readfloatP(v, filePosition(base + 2 * b), wide::noSwap))
                 px.fromFloatB(v);
-            if (fb.readfloatP(v, wide::filePos(base + b), wide::noSwap))
+            if (fb.readfloatP(v, filePosition(base + b), wide::noSwap))
                 px.fromFloatG(v);
-            if (fb.readfloatP(v, wide::filePos(base), wide::noSwap))
+            if (fb.readfloatP(v, filePosition(base), wide::noSwap))
                 px.fromFloatR(v);
             wide::writePixel(target, x, y, px);
         },
         [&](uint32_t first, uint64_t count) {
             const auto channel = [&](uint32_t at, void (_Rgba16::*set)(const float&)) {
                 replayLastRead(fb, first + at, stride, 4, count, [&](uint32_t p) {
-                    if (fb.readfloatP(v, wide::filePos(p), wide::noSwap))
+                    if (fb.readfloatP(v, filePosition(p), wide::noSwap))
                         (px.*set)(v);
                 });
             };
@@ -253,16 +253,16 @@ unsigned int noneFloatTof(_imgFileBuffer& fb, _imgRGBABufferf& target, const Tif
         h, l, stride, visibleArea(target),
         [&](uint32_t base, uint32_t x, uint32_t y) {
             if (l.alpha)
-                fb.readfloatP(px.a, wide::filePos(base + 3 * b), wide::noSwap);
-            fb.readfloatP(px.b, wide::filePos(base + 2 * b), wide::noSwap);
-            fb.readfloatP(px.g, wide::filePos(base + b), wide::noSwap);
-            fb.readfloatP(px.r, wide::filePos(base), wide::noSwap);
+                fb.readfloatP(px.a, filePosition(base + 3 * b), wide::noSwap);
+            fb.readfloatP(px.b, filePosition(base + 2 * b), wide::noSwap);
+            fb.readfloatP(px.g, filePosition(base + b), wide::noSwap);
+            fb.readfloatP(px.r, filePosition(base), wide::noSwap);
             wide::writePixel(target, x, y, px);
         },
         [&](uint32_t first, uint64_t count) {
             const auto channel = [&](float& value, uint32_t at) {
                 replayLastRead(fb, first + at, stride, 4, count,
-                               [&](uint32_t p) { fb.readfloatP(value, wide::filePos(p), wide::noSwap); });
+                               [&](uint32_t p) { fb.readfloatP(value, filePosition(p), wide::noSwap); });
             };
             if (l.alpha)
                 channel(px.a, 3 * b);

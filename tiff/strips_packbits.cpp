@@ -3,8 +3,8 @@
 
 #include <cstring>
 
-#include "tiff/decode8_fast.h"
-#include "tiff/decode_common.h"
+#include "tiff/rows8_fast.h"
+#include "tiff/packbits.h"
 
 namespace decode8 {
 

@@ -4,7 +4,7 @@
 #include <emmintrin.h>
 #endif
 
-#include "tiff/decode8_fast.h"
+#include "tiff/rows8_fast.h"
 #include "tiff/strips_packbits_fast.h"
 
 namespace decode8 {

@@ -23,7 +23,7 @@ inline bool packetInLoaded(const vkP::_imgFileBuffer& fb, long long pos, long lo
     return end - pos - 1 >= bytes;
 }
 
-// walkPackBits (decode_common.h) with the same packets, bytes, stops and
+// walkPackBits (packbits.h) with the same packets, bytes, stops and
 // final position, the packets for which packetInLoaded holds read from
 // memory: literal(bytes, count, value) and run(value, count) take a whole
 // packet (value is the walk's byte variable, which a sink may change, as in

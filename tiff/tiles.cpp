@@ -2,11 +2,9 @@
 #include <cstring>
 
 #include "tiff/strip_paths.h"
-#include "tiff/decode8_fast.h"
-#include "tiff/decode_common.h"
-#include "tiff/lzw_count.h"
-#include "tiff/lzw_fast.h"
-#include "tiff/stream_rows.h"
+#include "tiff/rows8_fast.h"
+#include "tiff/lzw_chunk.h"
+#include "tiff/rows8_stream_fast.h"
 
 using namespace decode8;
 
@@ -226,7 +224,7 @@ unsigned int lzwTilesWithScratch(Call& call, unsigned char*& scratch)
     const TiffHeader& h = call.header;
     uint32_t bytes = 0;
     if (!chunkScratchBytes(h.tileWidth, h.tileLength, call.layout.bytesPerSample, h.samplesPerPixel,
-                           lzwIntegerHeadroom, bytes))
+                           lzwHeadroomInteger8, bytes))
         return vkStatusNoMemory;
     // Not zeroed here: every tile zero-fills the whole scratch before decoding.
     return withScratch(scratch, bytes, false, [&](unsigned char* data) { return lzwTiles(call, data, bytes); });

@@ -1,5 +1,5 @@
-// wide_fast.cpp - the loaded-strip predicate of the fast paths of imgDecode16 and imgDecodef
-#include "tiff/wide_fast.h"
+// strip_loops_wide_fast.cpp - the loaded-strip predicate of the fast paths of imgDecode16 and imgDecodef
+#include "tiff/strip_loops_wide_fast.h"
 
 #include <climits>
 

@@ -1,5 +1,5 @@
-// decode8_fast.cpp - fast paths of the 8-bit decoders: row predicates, row conversion, predictor in the same pass
-#include "tiff/decode8_fast.h"
+// rows8_fast.cpp - fast paths of the 8-bit decoders: row predicates, row conversion, predictor in the same pass
+#include "tiff/rows8_fast.h"
 
 #include <climits>
 #include <cstring>

@@ -1,7 +1,7 @@
-// decode8_fast.h - fast paths of the 8-bit decoders: whole rows stored straight into the target, predictor on the way
+// rows8_fast.h - fast paths of the 8-bit decoders: whole rows stored straight into the target, predictor on the way
 #pragma once
 
-#include "tiff/decode8.h"
+#include "tiff/rows8.h"
 #include "tiff/target_rows.h"
 
 namespace decode8 {

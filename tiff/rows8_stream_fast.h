@@ -1,7 +1,7 @@
-// stream_rows.h - rows of 8-bit samples stored into large 8-bit targets with streaming stores
+// rows8_stream_fast.h - rows of 8-bit samples stored into large 8-bit targets with streaming stores
 #pragma once
 
-#include "tiff/decode8.h"
+#include "tiff/rows8.h"
 
 namespace decode8 {
 

@@ -1,11 +1,11 @@
-// narrow_rows.cpp - rows of float samples narrowed to 16-bit RGBA records, four channels at a time where SSE2 is there
-#include "tiff/narrow_rows.h"
+// narrow_rows_fast.cpp - rows of float samples narrowed to 16-bit RGBA records, four channels at a time where SSE2 is there
+#include "tiff/narrow_rows_fast.h"
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
 
-#include "tiff/wide_fast.h"
+#include "tiff/strip_loops_wide_fast.h"
 
 namespace wide {
 

@@ -1,15 +1,11 @@
-// decode8_samples.cpp - sample rules of the 8-bit decoders: layout, pixel fetch, float bytes, predictor, scratch sizes
-#include "tiff/decode8.h"
+// rows8.cpp - sample rules of the 8-bit decoders: layout, pixel fetch, float bytes, predictor, scratch sizes
+#include "tiff/rows8.h"
 
 #include <climits>
 
-#include "tiff/decode_common.h"
+#include "tiff/lzw_chunk.h"
 
 namespace decode8 {
-
-namespace {
-constexpr uint32_t trailingSamples = 4; // a pixel's four channel samples may reach this far past its start
-}
 
 SampleLayout sampleLayout(const TiffHeader& header, const vkP::_imgRGBABuffer8& target)
 {
@@ -25,21 +21,6 @@ Call makeCall(vkP::_dataIMG_Decode8& record, const TiffHeader& header, DecodePat
 {
     return Call{*record.fileBuffer, *record.target, header, sampleLayout(header, *record.target),
                 vkP::_Rgba8{204, 204, 204, 255}, path};
-}
-
-bool chunkScratchBytes(uint32_t width, uint32_t rows, uint32_t bytesPerSample, uint32_t samplesPerPixel,
-                       uint32_t headroom, uint32_t& bytes)
-{
-    uint32_t pixelBytes = 0;
-    return checkedScratchBytes(bytesPerSample, samplesPerPixel, 1, 0, pixelBytes) &&
-           checkedScratchBytes(width, rows, pixelBytes, headroom, bytes);
-}
-
-bool scratchCoversChunk(uint32_t bytes, uint32_t width, uint32_t rows, uint32_t samplesPerPixel,
-                        uint32_t bytesPerSample)
-{
-    const uint64_t samples = uint64_t(width) * rows * samplesPerPixel + trailingSamples;
-    return samples <= uint64_t(bytes) / bytesPerSample;
 }
 
 void readFilePixel(Call& call, uint32_t position)
@@ -111,29 +92,5 @@ unsigned char floatToByte(float v)
     return converted.r;
 }
 
-void undoPredictor(unsigned char* data, uint32_t width, uint32_t rows, uint32_t samplesPerPixel, bool alpha,
-                   uint32_t bytesPerSample)
-{
-    const uint32_t channels = alpha ? 4 : 3; // further samples stay differenced
-    for (uint32_t row = 0; row < rows; ++row) {
-        for (uint32_t x = 1; x < width; ++x) {
-            const uint32_t here = (x + row * width) * samplesPerPixel;
-            for (uint32_t c = 0; c < channels; ++c) {
-                const uint32_t e = here + c;
-                const uint32_t left = e - samplesPerPixel;
-                if (bytesPerSample == 1) {
-                    data[e] = uint8_t(data[e] + data[left]); // modulo 256
-                } else {
-                    // 16-bit words are summed little-endian, the host's order, also
-                    // for big-endian files, whose differences then come out wrong.
-                    const uint32_t sum = uint32_t(data[2 * e] | data[2 * e + 1] << 8) +
-                                         uint32_t(data[2 * left] | data[2 * left + 1] << 8);
-                    data[2 * e] = uint8_t(sum);
-                    data[2 * e + 1] = uint8_t(sum >> 8);
-                }
-            }
-        }
-    }
-}
 
 } // namespace decode8

@@ -1,4 +1,4 @@
-// narrow_rows.h - rows of float samples narrowed to 16-bit RGBA records, four channels at a time where SSE2 is there
+// narrow_rows_fast.h - rows of float samples narrowed to 16-bit RGBA records, four channels at a time where SSE2 is there
 #pragma once
 
 #include <cstdint>

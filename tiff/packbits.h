@@ -1,26 +1,9 @@
-// decode_common.h - pieces shared by the strip and tile decoders: checked scratch sizes, LZW chunk start, PackBits packets
+// packbits.h - PackBits packets walked from the file buffer's read position, and counting over skipped bytes
 #pragma once
 
 #include <cstdint>
 
 #include "shared/image/file_buffer.h"
-#include "tiff/lzw.h"
-
-constexpr uint32_t lzwRootWidth = 8; // TIFF LZW codes start at 9 bits over a byte alphabet
-
-// a * b * c + headroom in 32-bit unsigned arithmetic. False when any step
-// overflows 32 bits, or the total exceeds INT_MAX (the LZW decoder counts its
-// output in int): the caller refuses with vkStatusNoMemory instead of
-// allocating a wrapped, too small scratch.
-bool checkedScratchBytes(uint32_t a, uint32_t b, uint32_t c, uint32_t headroom, uint32_t& bytes);
-
-// Starts `state` in TIFF mode on the chunk (strip or tile) at file offset
-// `offset`. The input runs from there to one byte past the loaded data, not to
-// the chunk's byte count: corrupt counts cannot shorten a decodable chunk.
-// An offset beyond the loaded data, or a buffer without storage, gives an
-// input that is never dereferenced (every fetch past the end delivers 0).
-// Returns ff_lzw_decode_init's result.
-int startChunkLZW(LZWState& state, vkP::_imgFileBuffer& fb, uint32_t offset);
 
 // Reads PackBits packets from the file buffer's current position and gives
 // every byte to sink(byte). The byte is passed as an lvalue: a sink that

@@ -1,8 +1,8 @@
-// wide_fast.h - fast paths of imgDecode16 and imgDecodef: strips read from memory, rows stored straight into the target
+// strip_loops_wide_fast.h - fast paths of imgDecode16 and imgDecodef: strips read from memory, rows stored straight into the target
 #pragma once
 
 #include "tiff/target_rows.h"
-#include "tiff/wide_strips.h"
+#include "tiff/strip_loops_wide.h"
 
 namespace wide {
 

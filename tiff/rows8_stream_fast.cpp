@@ -1,5 +1,5 @@
-// stream_rows.cpp - rows of 8-bit samples stored into large 8-bit targets with streaming stores
-#include "tiff/stream_rows.h"
+// rows8_stream_fast.cpp - rows of 8-bit samples stored into large 8-bit targets with streaming stores
+#include "tiff/rows8_stream_fast.h"
 
 #include <algorithm>
 #include <cstring>

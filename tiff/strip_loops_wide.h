@@ -1,4 +1,4 @@
-// wide_strips.h - strip loops of the 16-bit and float targets: LZW, PackBits and uncompressed strips, start pixels
+// strip_loops_wide.h - strip loops of the 16-bit and float targets: LZW, PackBits and uncompressed strips, start pixels
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,10 @@
 #include "plugin/status.h"
 #include "shared/image/file_buffer.h"
 #include "shared/image/pixel.h"
-#include "tiff/decode_common.h"
+#include "tiff/chunks.h"
+#include "tiff/lzw_chunk.h"
+#include "tiff/packbits.h"
+#include "tiff/scratch.h"
 #include "tiff/decode_path.h"
 #include "tiff/lzw.h"
 #include "tiff/tiff_header.h"
@@ -18,8 +21,6 @@
 
 namespace wide {
 
-constexpr uint32_t lzwHeadroomBytes = 1000;      // spare bytes after every LZW strip in the scratch
-constexpr uint32_t maxScratchBytes = INT32_MAX; // ff_lzw_decode counts its output in int
 constexpr bool noSwap = false;                   // the file buffer swaps by its own byte-order flag
 
 // The header values one call runs on: W, H, R, S, the strips to walk and the
@@ -35,51 +36,9 @@ struct StripLayout {
 
 StripLayout stripLayout(const TiffHeader& h, unsigned char alphaFlag);
 
-// Strip numbers index the fixed tables of TiffHeader; a number beyond them
-// (only a hand-made header asks for one) is not decodable: the strip loops
-// then stop with vkStatusCorruptData, the strips before it written.
-inline bool stripInTable(uint32_t s)
-{
-    return s < uint32_t(maxStrips);
-}
-
-// Rows decoded from the strip whose first image row is y0: r < R and y0 + r < H.
-uint32_t rowsOfStrip(const StripLayout& l, uint32_t y0);
-
 // Bytes asked of the LZW decoder for the strip starting at y0:
 // bytesPerPixel × W × min(H − y0, R), the minimum taken unsigned.
 uint32_t lzwStripBytes(const StripLayout& l, uint32_t bytesPerPixel, uint32_t y0);
-
-// Scratch sizes of the LZW paths: W × R × bytes per pixel + headroom, grown to
-// cover every index the path's pixel loop and predictor can reach (read as
-// zeros beyond the decoded data). False when a product overflows or the size
-// passes maxScratchBytes: the caller refuses with vkStatusNoMemory.
-bool lzw16ScratchBytes(const StripLayout& l, uint32_t& bytes);
-bool lzwFloatScratchBytes(const StripLayout& l, uint32_t& bytes);
-
-// Decodes `expected` bytes of the started chunk and returns the count
-// delivered, as ff_lzw_decode does, storing only the first `keep` in out.
-int decodeChunk(LZWState& state, unsigned char* out, uint32_t expected, uint32_t keep);
-
-// The whole chunk, by the fast decoder where `path` allows (lzw_fast.h).
-int decodeWholeChunk(LZWState& state, unsigned char* out, uint32_t expected, DecodePath path);
-
-// Undoes horizontal differencing on 16-bit host-order units over the first
-// `rows` rows of the strip scratch: samples 0..2 of each pixel, and 3 with the
-// alpha flag.
-void undoPredictor16(unsigned char* scratch, const StripLayout& l, uint32_t rows);
-
-// Samples per pixel from which a row's pixel reads and predictor reach no
-// sample of a later row but that row's first, so that rows below those a
-// target shows can be left undone.
-constexpr uint32_t rowsApartSamples = 3;
-
-// True while a strip after the one starting at y0 may start again at a row a
-// target shows: only when the 32-bit first row wraps on the way.
-inline bool wrapAhead(const StripLayout& l, uint32_t y0, uint32_t stripsLeft)
-{
-    return uint64_t(y0) + uint64_t(l.rowsPerStrip) * stripsLeft > UINT32_MAX;
-}
 
 inline uint16_t unitAt(const unsigned char* scratch, uint32_t unit)
 {
@@ -144,12 +103,12 @@ unsigned int decodeLZWStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, const
     const uint32_t columns = std::min(l.width, v.columns);
     uint32_t y0 = 0;
     for (uint32_t s = 0; s < l.strips; ++s, y0 += l.rowsPerStrip) { // y0 wraps like the header's 32-bit rows
-        if (!stripInTable(s))
+        if (!chunkInTable(s))
             return vkStatusCorruptData;
         if (startChunkLZW(state, fb, h.stripOffsets[s]) < 0)
             return vkStatusUnsupported;
         const uint32_t expected = lzwStripBytes(l, bytesPerPixel, y0);
-        const uint32_t rows = rowsOfStrip(l, y0);
+        const uint32_t rows = stripRowsInImage(l.rowsPerStrip, l.length, y0);
         const uint32_t shown = columns == 0 ? 0 : rowsShown(v, y0, rows);
         if (path == DecodePath::fast && rows != 0 && shown == rows && columns == l.width) {
             if (decodeWholeChunk(state, scratch.get(), expected, path) != int(expected))
@@ -158,7 +117,7 @@ unsigned int decodeLZWStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, const
             emitRows(static_cast<const unsigned char*>(scratch.get()), y0, rows);
             continue;
         }
-        const bool readLater = shown != 0 || (columns != 0 && wrapAhead(l, y0, l.strips - 1 - s));
+        const bool readLater = shown != 0 || (columns != 0 && wrapAhead(y0, l.rowsPerStrip, l.strips - 1 - s));
         const uint32_t keep = readLater ? std::min(expected, cut) : 0;
         if (decodeChunk(state, scratch.get(), expected, keep) != int(expected))
             return shortStatus;
@@ -203,7 +162,7 @@ unsigned int decodePackBitsStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, 
     const uint64_t channels = uint64_t(capacity) * 4;
     uint32_t y0 = 0;
     for (uint32_t s = 0; s < l.strips; ++s, y0 += l.rowsPerStrip) {
-        if (!stripInTable(s))
+        if (!chunkInTable(s))
             return vkStatusCorruptData;
         const long long offset = h.stripOffsets[s];
         fb.setBufPosition(offset);
@@ -268,10 +227,10 @@ unsigned int decodePlainStrips(const TiffHeader& h, const StripLayout& l, uint32
 {
     uint32_t y0 = 0;
     for (uint32_t s = 0; s < l.strips; ++s, y0 += l.rowsPerStrip) {
-        if (!stripInTable(s))
+        if (!chunkInTable(s))
             return vkStatusCorruptData;
         const uint32_t offset = h.stripOffsets[s];
-        const uint32_t rows = rowsOfStrip(l, y0);
+        const uint32_t rows = stripRowsInImage(l.rowsPerStrip, l.length, y0);
         if (rows != 0 && l.width <= v.columns && rowsShown(v, y0, rows) == rows && stripRows(offset, y0, rows))
             continue;
         walkStripPixels(
@@ -280,13 +239,6 @@ unsigned int decodePlainStrips(const TiffHeader& h, const StripLayout& l, uint32
             [&](uint64_t j, uint64_t count) { skipped(offset + uint32_t(j) * stride, count); });
     }
     return vkStatusOk;
-}
-
-// A position for the file buffer's int reads: values past INT_MAX turn
-// negative and are refused there.
-inline int filePos(uint32_t p)
-{
-    return int(p);
 }
 
 } // namespace wide
