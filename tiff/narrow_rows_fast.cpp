@@ -16,10 +16,10 @@ static_assert(sizeof(vkP::_Rgba16) == 4 * sizeof(uint16_t), "an _Rgba16 is four 
 void narrowPixel(const unsigned char* at, bool alpha, bool swap, vkP::_Rgba16& p)
 {
     if (alpha)
-        p.a = narrow16(loadFloat(at + 3 * floatBytes, swap));
-    p.b = narrow16(loadFloat(at + 2 * floatBytes, swap));
-    p.g = narrow16(loadFloat(at + floatBytes, swap));
-    p.r = narrow16(loadFloat(at, swap));
+        p.a = vkP::channel16(loadFloat(at + 3 * floatBytes, swap));
+    p.b = vkP::channel16(loadFloat(at + 2 * floatBytes, swap));
+    p.g = vkP::channel16(loadFloat(at + floatBytes, swap));
+    p.r = vkP::channel16(loadFloat(at, swap));
 }
 
 #if defined(__SSE2__)
@@ -34,15 +34,6 @@ inline __m128 loadFloats(const unsigned char* at, bool swap)
         v = _mm_or_si128(_mm_slli_epi16(v, 8), _mm_srli_epi16(v, 8));
     }
     return _mm_castsi128_ps(v);
-}
-
-// narrow16 on four floats, as 32-bit integers 0 .. 65535. max(v, 0) gives 0
-// for NaN, as v > 0 fails for it in narrow16; the product is rounded to single
-// precision before the truncation, as there.
-inline __m128i narrowFour(__m128 v)
-{
-    const __m128 c = _mm_min_ps(_mm_max_ps(v, _mm_setzero_ps()), _mm_set1_ps(1.0f));
-    return _mm_cvttps_epi32(_mm_mul_ps(c, _mm_set1_ps(65535.0f)));
 }
 
 // Two pixels' channels, 0 .. 65535 each, as eight 16-bit lanes. SSE2 packs
@@ -75,7 +66,7 @@ void narrowFloatRow(const unsigned char* src, uint32_t count, uint32_t stride, b
         for (; x + 2 < count; x += 2) {
             const unsigned char* at = src + size_t(x) * stride;
             const __m128i two =
-                packChannels(narrowFour(loadFloats(at, swap)), narrowFour(loadFloats(at + stride, swap)));
+                packChannels(vkP::channelsSse2(loadFloats(at, swap), vkP::channelScale16), vkP::channelsSse2(loadFloats(at + stride, swap), vkP::channelScale16));
             _mm_storeu_si128(reinterpret_cast<__m128i*>(to + size_t(x) * sizeof(vkP::_Rgba16)),
                              _mm_or_si128(_mm_and_si128(two, keep), fill));
         }

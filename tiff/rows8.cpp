@@ -85,12 +85,6 @@ void readBytePixel(Call& call, const unsigned char* at)
     call.pixel.r = at[0];
 }
 
-unsigned char floatToByte(float v)
-{
-    vkP::_Rgba8 converted{0, 0, 0, 0};
-    converted.fromFloatR(v);
-    return converted.r;
-}
 
 
 } // namespace decode8

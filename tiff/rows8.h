@@ -6,6 +6,7 @@
 #include <new>
 
 #include "plugin/records.h"
+#include "shared/image/channel_rule.h"
 #include "plugin/status.h"
 #include "shared/image/file_buffer.h"
 #include "shared/image/pixel.h"
@@ -78,9 +79,6 @@ inline uint64_t rowsReach(uint64_t rows, uint64_t rowBytes, uint32_t bytesPerSam
     return rows * rowBytes + 4 * uint64_t(bytesPerSample) + 2;
 }
 
-// One float sample as a channel byte: NaN and <= 0 give 0, >= 1 gives 255,
-// others v * 255 truncated.
-unsigned char floatToByte(float v);
 
 
 } // namespace decode8

@@ -87,7 +87,7 @@ inline unsigned char floatByte(const unsigned char* at, bool swap)
         bits = __builtin_bswap32(bits);
     float v;
     std::memcpy(&v, &bits, sizeof v);
-    return floatToByteInline(v);
+    return vkP::channel8(v);
 }
 
 } // namespace
@@ -183,16 +183,12 @@ void emitFloatRow(Call& call, const unsigned char* src, uint32_t count, uint32_t
     // pixel is left to the scalar loop, so no load passes what it reads.
     if (step == floatSampleBytes && stride >= 3 * floatSampleBytes && !swap && count >= 2 &&
         runInTarget(call.target, 0, y, count)) {
-        const __m128 zero = _mm_setzero_ps();
-        const __m128 one = _mm_set1_ps(1.0f);
-        const __m128 scale = _mm_set1_ps(255.0f);
         const uint32_t keep = alpha ? 0xFFFFFFFFu : rgbMask;
         const uint32_t fill = alpha ? 0u : alphaBits(call.pixel.a);
         unsigned char* out = rowStart(call.target, 0, y);
         for (uint32_t x = 0; x + 1 < count; ++x) {
             __m128 v = _mm_loadu_ps(reinterpret_cast<const float*>(src + size_t(x) * stride));
-            v = _mm_min_ps(_mm_max_ps(v, zero), one);
-            const __m128i i = _mm_cvttps_epi32(_mm_mul_ps(v, scale));
+            const __m128i i = vkP::channelsSse2(v, vkP::channelScale8);
             const __m128i bytes = _mm_packus_epi16(_mm_packs_epi32(i, i), _mm_setzero_si128());
             const uint32_t word = (uint32_t(_mm_cvtsi128_si32(bytes)) & keep) | fill;
             std::memcpy(out + size_t(x) * 4, &word, 4);

@@ -34,15 +34,6 @@ void emitPredictedRow(Call& call, unsigned char* row, uint32_t rowWidth, uint32_
 // converted as the uncompressed float path converts them.
 void emitFloatRow(Call& call, const unsigned char* src, uint32_t count, uint32_t y);
 
-// One float sample as a channel byte: NaN and <= 0 give 0, >= 1 gives 255,
-// others v * 255 truncated (the rule of _Rgba8::fromFloatR, without a call).
-inline unsigned char floatToByteInline(float v)
-{
-    // Without branches: NaN fails v > 0 and becomes 0; 1.0 * 255 is 255.
-    float c = v > 0.0f ? v : 0.0f;
-    c = c < 1.0f ? c : 1.0f;
-    return static_cast<unsigned char>(c * 255.0f);
-}
 
 // True when every row that PackBits strips write (rows below imageLength)
 // lies in the target whole and pixels hold at most four samples: the fast

@@ -1,6 +1,7 @@
 // strip_loops_wide_fast.h - fast paths of imgDecode16 and imgDecodef: strips read from memory, rows stored straight into the target
 #pragma once
 
+#include "shared/image/channel_rule.h"
 #include "tiff/target_rows.h"
 #include "tiff/strip_loops_wide.h"
 
@@ -40,15 +41,6 @@ inline float loadFloat(const unsigned char* at, bool swap)
     return v;
 }
 
-// A float channel narrowed to 16 bits: NaN and <= 0 give 0, >= 1 gives
-// 65535, others v * 65535 truncated.
-inline uint16_t narrow16(float v)
-{
-    // Without branches: NaN fails v > 0 and becomes 0; 1.0 * 65535 is 65535.
-    float c = v > 0.0f ? v : 0.0f;
-    c = c < 1.0f ? c : 1.0f;
-    return static_cast<uint16_t>(c * 65535.0f);
-}
 
 // Rows y0 .. y0 + rows - 1 of a strip: fetch(i, px) sets the channels that
 // the path reads of strip pixel i = x + r × W (32-bit, as the plain loops

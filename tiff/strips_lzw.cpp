@@ -240,10 +240,10 @@ unsigned int lzwFloatTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const Ti
             const auto fetch = [&](uint32_t pixel, _Rgba16& q) {
                 const uint32_t p = pixel * l.samples;
                 if (l.alpha)
-                    q.a = wide::narrow16(wide::floatAt(scratch, p + 3));
-                q.b = wide::narrow16(wide::floatAt(scratch, p + 2));
-                q.g = wide::narrow16(wide::floatAt(scratch, p + 1));
-                q.r = wide::narrow16(wide::floatAt(scratch, p));
+                    q.a = vkP::channel16(wide::floatAt(scratch, p + 3));
+                q.b = vkP::channel16(wide::floatAt(scratch, p + 2));
+                q.g = vkP::channel16(wide::floatAt(scratch, p + 1));
+                q.r = vkP::channel16(wide::floatAt(scratch, p));
             };
             const uint32_t stride = wide::floatBytes * l.samples;
             if (l.samples < 3) {

@@ -226,10 +226,10 @@ unsigned int noneFloatTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const T
             const auto fetch = [&](uint32_t pixel, _Rgba16& p) {
                 const unsigned char* at = strip + size_t(pixel) * stride;
                 if (l.alpha)
-                    p.a = wide::narrow16(wide::loadFloat(at + 3 * b, swap));
-                p.b = wide::narrow16(wide::loadFloat(at + 2 * b, swap));
-                p.g = wide::narrow16(wide::loadFloat(at + b, swap));
-                p.r = wide::narrow16(wide::loadFloat(at, swap));
+                    p.a = vkP::channel16(wide::loadFloat(at + 3 * b, swap));
+                p.b = vkP::channel16(wide::loadFloat(at + 2 * b, swap));
+                p.g = vkP::channel16(wide::loadFloat(at + b, swap));
+                p.r = vkP::channel16(wide::loadFloat(at, swap));
             };
             if (b != wide::floatBytes || stride < 3 * wide::floatBytes) {
                 wide::storeStripRows(target, l, y0, rows, px, fetch);

@@ -153,7 +153,7 @@ unsigned int packBitsFloatTo8(Call& call)
                 // kept so that such files decode exactly as they always have.
                 float f;
                 std::memcpy(&f, staging, sizeof f);
-                v = floatToByte(f);
+                v = vkP::channel8(f);
                 sink.place(v);
             },
             [&] { return sink.done(); }, [&] { return sink.idle(); },
@@ -172,17 +172,6 @@ using vkP::_imgRGBABuffer16;
 using wide::StripLayout;
 using vkP::_Rgbaf;
 using vkP::_imgRGBABufferf;
-
-namespace {
-
-unsigned short narrow(float v)
-{
-    _Rgba16 p{};
-    p.fromFloatR(v);
-    return p.r;
-}
-
-} // namespace
 
 unsigned int packBitsTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l)
 {
@@ -204,7 +193,7 @@ unsigned int packBitsFloatTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, con
                                       [&](uint32_t index, const unsigned char* s) {
                                           float v;
                                           std::memcpy(&v, s, sizeof v);
-                                          target.writeShort(index, narrow(v));
+                                          target.writeShort(index, vkP::channel16(v));
                                       });
 }
 

@@ -272,7 +272,7 @@ unsigned int packBitsFloatTo8Fast(Call& call)
             // The converted byte replaces the byte delivered, as in the plain path.
             float f;
             std::memcpy(&f, staging, sizeof f);
-            v = floatToByteInline(f);
+            v = vkP::channel8(f);
             sink.place(v);
         };
         walkPackBitsFast(
