@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "plugin/status.h"
 #include "tiff/tiff_header.h"
 
 // Strip and tile numbers index the fixed tables of TiffHeader; a number
@@ -42,3 +43,21 @@ inline bool wrapAhead(uint32_t firstRow, uint32_t rowsPerStrip, uint32_t stripsL
 // sample of a later row but that row's first: rows can then be left undone
 // below the last row a target shows.
 constexpr uint32_t rowsApartSamples = 3;
+
+// Calls strip(s, firstRow) for every strip in file order, firstRow counted in
+// wrapping 32-bit arithmetic like the header's rows. Stops at a strip number
+// beyond the tables (vkStatusCorruptData), or at the first status other than
+// vkStatusOk that strip() returns.
+template <class Strip>
+unsigned int forEachStrip(uint32_t stripCount, uint32_t rowsPerStrip, Strip&& strip)
+{
+    uint32_t firstRow = 0;
+    for (uint32_t s = 0; s < stripCount; ++s, firstRow += rowsPerStrip) {
+        if (!chunkInTable(s))
+            return vkStatusCorruptData;
+        const unsigned int status = strip(s, firstRow);
+        if (status != vkStatusOk)
+            return status;
+    }
+    return vkStatusOk;
+}

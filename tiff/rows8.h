@@ -79,6 +79,19 @@ inline uint64_t rowsReach(uint64_t rows, uint64_t rowBytes, uint32_t bytesPerSam
     return rows * rowBytes + 4 * uint64_t(bytesPerSample) + 2;
 }
 
-
+// PackBits strips: per strip, seeks to its offset and hands walk() a Sink
+// for the strip's first row. A seek beyond the loaded data fails and leaves
+// the position where the previous strip ended; the walk then ends after one
+// packet.
+template <class Sink, class StripWalk>
+unsigned int forEachPackBitsStrip(Call& call, StripWalk&& walk)
+{
+    return forEachStrip(call.header.stripCount, call.header.rowsPerStrip, [&](uint32_t s, uint32_t firstRow) {
+        call.file.setBufPosition(static_cast<long long>(call.header.stripOffsets[s]));
+        Sink sink(call, firstRow);
+        walk(sink);
+        return vkStatusOk;
+    });
+}
 
 } // namespace decode8

@@ -101,10 +101,7 @@ unsigned int decodeLZWStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, const
     std::memset(scratch.get(), 0, std::min(scratchBytes, std::max(cut, touched)));
     LZWState state{}; // zeroed: a corrupt stream reading unwritten slots sees zeros, not stale stack
     const uint32_t columns = std::min(l.width, v.columns);
-    uint32_t y0 = 0;
-    for (uint32_t s = 0; s < l.strips; ++s, y0 += l.rowsPerStrip) { // y0 wraps like the header's 32-bit rows
-        if (!chunkInTable(s))
-            return vkStatusCorruptData;
+    return forEachStrip(l.strips, l.rowsPerStrip, [&](uint32_t s, uint32_t y0) -> unsigned int {
         if (startChunkLZW(state, fb, h.stripOffsets[s]) < 0)
             return vkStatusUnsupported;
         const uint32_t expected = lzwStripBytes(l, bytesPerPixel, y0);
@@ -115,20 +112,20 @@ unsigned int decodeLZWStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, const
                 return shortStatus;
             afterDecode(scratch.get());
             emitRows(static_cast<const unsigned char*>(scratch.get()), y0, rows);
-            continue;
+            return vkStatusOk;
         }
         const bool readLater = shown != 0 || (columns != 0 && wrapAhead(y0, l.rowsPerStrip, l.strips - 1 - s));
         const uint32_t keep = readLater ? std::min(expected, cut) : 0;
         if (decodeChunk(state, scratch.get(), expected, keep) != int(expected))
             return shortStatus;
         if (!readLater)
-            continue;
+            return vkStatusOk;
         afterDecode(scratch.get());
         for (uint32_t r = 0; r < shown; ++r)
             for (uint32_t x = 0; x < columns; ++x)
                 emit(static_cast<const unsigned char*>(scratch.get()), x + r * l.width, x, y0 + r);
-    }
-    return vkStatusOk;
+        return vkStatusOk;
+    });
 }
 
 // The bytes of an LZW strip scratch that the shown pixels of any strip read:
@@ -160,10 +157,7 @@ unsigned int decodePackBitsStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, 
     const uint32_t perPixel = l.alpha ? 4 : 3;
     const uint32_t rowSamples = l.width * l.samples; // 32-bit like the header fields
     const uint64_t channels = uint64_t(capacity) * 4;
-    uint32_t y0 = 0;
-    for (uint32_t s = 0; s < l.strips; ++s, y0 += l.rowsPerStrip) {
-        if (!chunkInTable(s))
-            return vkStatusCorruptData;
+    return forEachStrip(l.strips, l.rowsPerStrip, [&](uint32_t s, uint32_t y0) -> unsigned int {
         const long long offset = h.stripOffsets[s];
         fb.setBufPosition(offset);
         uint32_t r = 0;
@@ -209,8 +203,8 @@ unsigned int decodePackBitsStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, 
                 r += uint32_t(total / rowSamples);
                 c = uint32_t(total % rowSamples);
             });
-    }
-    return vkStatusOk;
+        return vkStatusOk;
+    });
 }
 
 // Uncompressed strips: pixel(base, x, y) for every pixel of every strip's
@@ -225,20 +219,17 @@ template <class Pixel, class Skipped, class StripRows>
 unsigned int decodePlainStrips(const TiffHeader& h, const StripLayout& l, uint32_t stride, const Visible& v,
                                Pixel&& pixel, Skipped&& skipped, StripRows&& stripRows)
 {
-    uint32_t y0 = 0;
-    for (uint32_t s = 0; s < l.strips; ++s, y0 += l.rowsPerStrip) {
-        if (!chunkInTable(s))
-            return vkStatusCorruptData;
+    return forEachStrip(l.strips, l.rowsPerStrip, [&](uint32_t s, uint32_t y0) -> unsigned int {
         const uint32_t offset = h.stripOffsets[s];
         const uint32_t rows = stripRowsInImage(l.rowsPerStrip, l.length, y0);
         if (rows != 0 && l.width <= v.columns && rowsShown(v, y0, rows) == rows && stripRows(offset, y0, rows))
-            continue;
+            return vkStatusOk;
         walkStripPixels(
             l.width, rows, y0, v,
             [&](uint32_t x, uint32_t r) { pixel(offset + (x + r * l.width) * stride, x, y0 + r); },
             [&](uint64_t j, uint64_t count) { skipped(offset + uint32_t(j) * stride, count); });
-    }
-    return vkStatusOk;
+        return vkStatusOk;
+    });
 }
 
 } // namespace wide

@@ -9,14 +9,8 @@
 #include "tiff/strip_loops_wide_fast.h"
 
 using namespace decode8;
-using vkP::_Rgba16;
-using vkP::_imgFileBuffer;
-using vkP::_imgRGBABuffer16;
+using namespace vkP;
 using wide::StripLayout;
-using vkP::_Rgbaf;
-using vkP::_imgRGBABufferf;
-using wide::startPixel16;
-using wide::startPixelf;
 
 namespace {
 
@@ -33,10 +27,7 @@ unsigned int lzwIntegerStrips(Call& call, unsigned char* scratch, uint32_t bytes
     const bool rowsApart = h.samplesPerPixel >= rowsApartSamples;
     const uint64_t rowBytes = uint64_t(h.imageWidth) * L.bytesPerPixel;
     LZWState state{}; // zeroed: a corrupt stream reading unwritten slots sees zeros, not stale stack
-    uint32_t firstRow = 0;
-    for (uint32_t s = 0; s < h.stripCount; ++s, firstRow += h.rowsPerStrip) {
-        if (!chunkInTable(s))
-            return vkStatusCorruptData;
+    return forEachStrip(h.stripCount, h.rowsPerStrip, [&](uint32_t s, uint32_t firstRow) -> unsigned int {
         if (startChunkLZW(state, call.file, h.stripOffsets[s]) < 0)
             return vkStatusUnsupported;
         // A count that is zero or reads as negative marks the strip corrupt,
@@ -58,7 +49,7 @@ unsigned int lzwIntegerStrips(Call& call, unsigned char* scratch, uint32_t bytes
             if (shortDecode(decodeLzwChunk(state, scratch, int(wanted), call.path), wanted))
                 return vkStatusCorruptData;
             emitLzwStrip(call, scratch, firstRow);
-            continue;
+            return vkStatusOk;
         }
         const uint32_t shown = columns == 0 ? 0 : rowsShown(v, firstRow, rows);
         // The scratch is zeroed and refilled for every strip, so a strip the
@@ -66,7 +57,7 @@ unsigned int lzwIntegerStrips(Call& call, unsigned char* scratch, uint32_t bytes
         if (shown == 0 && rowsApart) {
             if (shortDecode(lzwDecodePrefix(&state, scratch, int(wanted), 0), wanted))
                 return vkStatusCorruptData;
-            continue;
+            return vkStatusOk;
         }
         // Only the bytes that the shown rows read are kept (all of them when
         // rows are not apart); those past the decoded data read as zeros.
@@ -86,8 +77,8 @@ unsigned int lzwIntegerStrips(Call& call, unsigned char* scratch, uint32_t bytes
                 readBytePixel(call, scratch + (x + r * h.imageWidth) * L.bytesPerPixel + L.highByte);
                 call.target.write(int(x), int(firstRow + r), call.pixel);
             }
-    }
-    return vkStatusOk;
+        return vkStatusOk;
+    });
 }
 
 unsigned int lzwFloatStrips(Call& call, unsigned char* scratch, uint32_t bytes)
@@ -111,10 +102,7 @@ unsigned int lzwFloatStrips(Call& call, unsigned char* scratch, uint32_t bytes)
     // scratch sized by a huge rowsPerStrip is never touched.
     std::memset(scratch, 0, cut);
     LZWState state{}; // zeroed: a corrupt stream reading unwritten slots sees zeros, not stale stack
-    uint32_t firstRow = 0;
-    for (uint32_t s = 0; s < h.stripCount; ++s, firstRow += h.rowsPerStrip) {
-        if (!chunkInTable(s))
-            return vkStatusCorruptData;
+    return forEachStrip(h.stripCount, h.rowsPerStrip, [&](uint32_t s, uint32_t firstRow) -> unsigned int {
         if (startChunkLZW(state, call.file, h.stripOffsets[s]) < 0)
             return vkStatusUnsupported;
         // Neither zero-filled nor checked against the strip's byte count.
@@ -138,8 +126,8 @@ unsigned int lzwFloatStrips(Call& call, unsigned char* scratch, uint32_t bytes)
                 call.pixel.fromFloatR(f[0]);
                 call.target.write(int(x), int(firstRow + r), call.pixel);
             }
-    }
-    return vkStatusOk;
+        return vkStatusOk;
+    });
 }
 
 } // namespace
@@ -173,7 +161,7 @@ unsigned int lzwTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHea
     uint32_t bytes = 0;
     if (!lzw16ScratchBytes(l.width, l.rowsPerStrip, l.samples, bytes))
         return vkStatusNoMemory;
-    _Rgba16 px = startPixel16;
+    _Rgba16 px = wide::startPixel16;
     const uint32_t unitsPerPixel = 2 * l.samples;
     const Visible v = visibleArea(target);
     const uint32_t cut = wide::shownReach(l, v, unitsPerPixel, 6, 2, bytes);
@@ -221,7 +209,7 @@ unsigned int lzwFloatTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const Ti
     uint32_t bytes = 0;
     if (!lzwFloatScratchBytes(l.width, l.rowsPerStrip, l.samples, bytes))
         return vkStatusNoMemory;
-    _Rgba16 px = startPixel16;
+    _Rgba16 px = wide::startPixel16;
     const Visible v = visibleArea(target);
     return wide::decodeLZWStrips(
         fb, h, l, bytes, 4 * l.samples, vkStatusCorruptData, v, wide::shownReach(l, v, l.samples, 3, 4, bytes), 0, path,
@@ -263,7 +251,7 @@ unsigned int lzwFloatTof(_imgFileBuffer& fb, _imgRGBABufferf& target, const Tiff
     uint32_t bytes = 0;
     if (!lzwFloatScratchBytes(l.width, l.rowsPerStrip, l.samples, bytes))
         return vkStatusNoMemory;
-    _Rgbaf px = startPixelf;
+    _Rgbaf px = wide::startPixelf;
     const Visible v = visibleArea(target);
     return wide::decodeLZWStrips(
         fb, h, l, bytes, 4 * l.samples, vkStatusCorruptData, v, wide::shownReach(l, v, l.samples, 3, 4, bytes), 0,

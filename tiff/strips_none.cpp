@@ -7,14 +7,8 @@
 #include "tiff/strip_loops_wide_fast.h"
 
 using namespace decode8;
-using vkP::_Rgba16;
-using vkP::_imgFileBuffer;
-using vkP::_imgRGBABuffer16;
+using namespace vkP;
 using wide::StripLayout;
-using vkP::_Rgbaf;
-using vkP::_imgRGBABufferf;
-using wide::startPixel16;
-using wide::startPixelf;
 
 unsigned int decode8::noneTo8(Call& call)
 {
@@ -24,10 +18,7 @@ unsigned int decode8::noneTo8(Call& call)
     // Rows of fast strips into a large target are streamed, and fenced on the way out.
     const bool stream = streamTarget(call.target);
     const StreamFence fence;
-    uint32_t firstRow = 0;
-    for (uint32_t s = 0; s < h.stripCount; ++s, firstRow += h.rowsPerStrip) {
-        if (!chunkInTable(s))
-            return vkStatusCorruptData;
+    return forEachStrip(h.stripCount, h.rowsPerStrip, [&](uint32_t s, uint32_t firstRow) -> unsigned int {
         const uint32_t offset = h.stripOffsets[s];
         const uint32_t rows = stripRowsInImage(h.rowsPerStrip, h.imageLength, firstRow);
         if (call.path == DecodePath::fast && blockInTarget(call.target, 0, firstRow, h.imageWidth, rows) &&
@@ -38,7 +29,7 @@ unsigned int decode8::noneTo8(Call& call)
                 if (!stream || !streamRow(call, row, h.imageWidth, 0, firstRow + r))
                     emitRow(call, row, h.imageWidth, 0, firstRow + r);
             }
-            continue;
+            return vkStatusOk;
         }
         const auto skipped = [&](uint64_t j, uint64_t count) {
             skipFilePixels(call, offset + uint32_t(j) * L.bytesPerPixel + L.highByte, L.bytesPerPixel, count);
@@ -61,8 +52,8 @@ unsigned int decode8::noneTo8(Call& call)
                 },
                 skipped);
         }
-    }
-    return vkStatusOk;
+        return vkStatusOk;
+    });
 }
 
 // Every depth but 8 and 16 comes here and is read as 32-bit floats.
@@ -73,10 +64,7 @@ unsigned int decode8::noneFloatTo8(Call& call)
     const uint32_t stride = call.layout.bytesPerPixel;
     const bool hostOrder = false; // so that a read swaps exactly when the file is big-endian
     const Visible v = visibleArea(call.target);
-    uint32_t firstRow = 0;
-    for (uint32_t s = 0; s < h.stripCount; ++s, firstRow += h.rowsPerStrip) {
-        if (!chunkInTable(s))
-            return vkStatusCorruptData;
+    return forEachStrip(h.stripCount, h.rowsPerStrip, [&](uint32_t s, uint32_t firstRow) -> unsigned int {
         const uint32_t offset = h.stripOffsets[s];
         const uint32_t rows = stripRowsInImage(h.rowsPerStrip, h.imageLength, firstRow);
         if (call.path == DecodePath::fast && blockInTarget(call.target, 0, firstRow, h.imageWidth, rows) &&
@@ -84,7 +72,7 @@ unsigned int decode8::noneFloatTo8(Call& call)
             for (uint32_t r = 0; r < rows; ++r)
                 emitFloatRow(call, call.file.buffer + offset + size_t(r) * h.imageWidth * stride, h.imageWidth,
                              firstRow + r);
-            continue;
+            return vkStatusOk;
         }
         walkStripPixels(
             h.imageWidth, rows, firstRow, v,
@@ -104,14 +92,14 @@ unsigned int decode8::noneFloatTo8(Call& call)
             [&](uint64_t j, uint64_t count) {
                 skipFloatFilePixels(call, offset + uint32_t(j) * stride, stride, count);
             });
-    }
-    return vkStatusOk;
+        return vkStatusOk;
+    });
 }
 
 unsigned int noneTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l,
                      DecodePath path)
 {
-    _Rgba16 px = startPixel16;
+    _Rgba16 px = wide::startPixel16;
     const uint32_t stride = 2 * l.samples;
     return wide::decodePlainStrips(
         h, l, stride, visibleArea(target),
@@ -189,7 +177,7 @@ unsigned int noneFloatTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const T
     // Samples are read as 32-bit floats whatever the bits per sample say.
     const uint32_t b = h.bitsPerSample / 8u;
     const uint32_t stride = b * l.samples;
-    _Rgba16 px = startPixel16;
+    _Rgba16 px = wide::startPixel16;
     float v = 0.0f;
     return wide::decodePlainStrips(
         h, l, stride, visibleArea(target),
@@ -248,7 +236,7 @@ unsigned int noneFloatTof(_imgFileBuffer& fb, _imgRGBABufferf& target, const Tif
     // Samples are read as 32-bit floats whatever the bits per sample say.
     const uint32_t b = h.bitsPerSample / 8u;
     const uint32_t stride = b * l.samples;
-    _Rgbaf px = startPixelf;
+    _Rgbaf px = wide::startPixelf;
     return wide::decodePlainStrips(
         h, l, stride, visibleArea(target),
         [&](uint32_t base, uint32_t x, uint32_t y) {

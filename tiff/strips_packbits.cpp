@@ -89,23 +89,6 @@ private:
     uint32_t sample_ = 0;
 };
 
-template <class StripWalk>
-unsigned int forEachStrip(Call& call, StripWalk&& walk)
-{
-    const TiffHeader& h = call.header;
-    uint32_t firstRow = 0;
-    for (uint32_t s = 0; s < h.stripCount; ++s, firstRow += h.rowsPerStrip) {
-        if (!chunkInTable(s))
-            return vkStatusCorruptData;
-        // A seek beyond the loaded data fails and leaves the position where
-        // the previous strip ended; the walk then ends after one packet.
-        call.file.setBufPosition(static_cast<long long>(h.stripOffsets[s]));
-        StripSink sink(call, firstRow);
-        walk(sink);
-    }
-    return vkStatusOk;
-}
-
 } // namespace
 
 unsigned int packBitsTo8(Call& call)
@@ -113,7 +96,7 @@ unsigned int packBitsTo8(Call& call)
     if (call.path == DecodePath::fast && packBitsInTarget(call))
         return packBitsTo8Fast(call);
     const SampleLayout& L = call.layout;
-    return forEachStrip(call, [&](StripSink& sink) {
+    return forEachPackBitsStrip<StripSink>(call, [&](StripSink& sink) {
         uint32_t byteCount = 0;
         walkPackBits(
             call.file,
@@ -136,7 +119,7 @@ unsigned int packBitsFloatTo8(Call& call)
 {
     if (call.path == DecodePath::fast && packBitsInTarget(call))
         return packBitsFloatTo8Fast(call);
-    return forEachStrip(call, [&](StripSink& sink) {
+    return forEachPackBitsStrip<StripSink>(call, [&](StripSink& sink) {
         uint32_t byteCount = 0;
         unsigned char staging[floatSampleBytes] = {0, 0, 0, 0};
         walkPackBits(
@@ -166,12 +149,8 @@ unsigned int packBitsFloatTo8(Call& call)
 
 } // namespace decode8
 
-using vkP::_Rgba16;
-using vkP::_imgFileBuffer;
-using vkP::_imgRGBABuffer16;
+using namespace vkP;
 using wide::StripLayout;
-using vkP::_Rgbaf;
-using vkP::_imgRGBABufferf;
 
 unsigned int packBitsTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l)
 {

@@ -206,27 +206,12 @@ private:
     uint32_t channel_ = 0; // c mod perPixel
 };
 
-template <class StripWalk>
-unsigned int forEachStrip(Call& call, StripWalk&& walk)
-{
-    const TiffHeader& h = call.header;
-    uint32_t firstRow = 0;
-    for (uint32_t s = 0; s < h.stripCount; ++s, firstRow += h.rowsPerStrip) {
-        if (!chunkInTable(s))
-            return vkStatusCorruptData;
-        call.file.setBufPosition(static_cast<long long>(h.stripOffsets[s]));
-        FastStripSink sink(call, firstRow);
-        walk(sink);
-    }
-    return vkStatusOk;
-}
-
 } // namespace
 
 unsigned int packBitsTo8Fast(Call& call)
 {
     const SampleLayout& L = call.layout;
-    return forEachStrip(call, [&](FastStripSink& sink) {
+    return forEachPackBitsStrip<FastStripSink>(call, [&](FastStripSink& sink) {
         uint32_t byteCount = 0;
         auto one = [&](unsigned char v) {
             // Of a 16-bit sample only its most significant byte is kept.
@@ -260,7 +245,7 @@ unsigned int packBitsTo8Fast(Call& call)
 
 unsigned int packBitsFloatTo8Fast(Call& call)
 {
-    return forEachStrip(call, [&](FastStripSink& sink) {
+    return forEachPackBitsStrip<FastStripSink>(call, [&](FastStripSink& sink) {
         uint32_t byteCount = 0;
         unsigned char staging[floatSampleBytes] = {0, 0, 0, 0};
         auto one = [&](unsigned char& v) {
