@@ -9,7 +9,9 @@
 #include "plugin/records.h"
 #include "plugin/status.h"
 #include "shared/image/file_buffer.h"
+#include "shared/image/channel_rule.h"
 #include "shared/image/pixel.h"
+#include "shared/image/rgba_buffer.h"
 #include "tiff/chunks.h"
 #include "tiff/lzw_chunk.h"
 #include "tiff/packbits.h"
@@ -72,6 +74,20 @@ constexpr vkP::_Rgba16 startPixel16{0xCCCC, 0xCCCC, 0xCCCC, 0xFFFF};
 // 1.0, on every whole-record path. The colour start is the light grey of the
 // 16-bit target (0xCCCC is 0.8 of full scale), kept by channels never read.
 constexpr vkP::_Rgbaf startPixelf{0.8f, 0.8f, 0.8f, 1.0f};
+
+// A float sample into a channel of a 16-bit pixel, narrowed by the float
+// rule, or of a float pixel, unchanged. By reference: a float passed by value
+// may travel through an x87 register on 32-bit x86, which would quiet a
+// signalling NaN pattern.
+inline void setChannel(uint16_t& channel, const float& v) { channel = vkP::channel16(v); }
+inline void setChannel(float& channel, const float& v) { channel = v; }
+
+// The same into channel `index` of the target's pixel array.
+inline void storeChannel(vkP::_imgRGBABuffer16& target, uint32_t index, const float& v)
+{
+    target.writeShort(index, vkP::channel16(v));
+}
+inline void storeChannel(vkP::_imgRGBABufferf& target, uint32_t index, const float& v) { target.writeFloat(index, v); }
 
 // LZW strips: allocates and zeroes the scratch of `scratchBytes` once per call
 // (also when there are no strips), then per strip starts the decoder at the

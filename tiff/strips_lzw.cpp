@@ -2,6 +2,7 @@
 #include "tiff/strip_paths.h"
 
 #include <cstring>
+#include <type_traits>
 
 #include "tiff/rows8_fast.h"
 #include "tiff/lzw_chunk.h"
@@ -203,77 +204,62 @@ unsigned int lzwTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHea
         });
 }
 
-unsigned int lzwFloatTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l,
-                      DecodePath path)
+namespace {
+
+// Float strips into 16-bit or float targets, the channels set by the float
+// rule of the target's depth; px starts as the target's start pixel.
+template <class Target, class Pixel>
+unsigned int lzwFloatToWide(_imgFileBuffer& fb, Target& target, const TiffHeader& h, const StripLayout& l,
+                            DecodePath path, Pixel px)
 {
     uint32_t bytes = 0;
     if (!lzwFloatScratchBytes(l.width, l.rowsPerStrip, l.samples, bytes))
         return vkStatusNoMemory;
-    _Rgba16 px = wide::startPixel16;
     const Visible v = visibleArea(target);
+    // Decompressed floats are in host order whatever the file's order.
+    const auto fetch = [&](const unsigned char* scratch, uint32_t pixel, Pixel& q) {
+        const uint32_t p = pixel * l.samples;
+        if (l.alpha)
+            wide::setChannel(q.a, wide::floatAt(scratch, p + 3));
+        wide::setChannel(q.b, wide::floatAt(scratch, p + 2));
+        wide::setChannel(q.g, wide::floatAt(scratch, p + 1));
+        wide::setChannel(q.r, wide::floatAt(scratch, p));
+    };
     return wide::decodeLZWStrips(
         fb, h, l, bytes, 4 * l.samples, vkStatusCorruptData, v, wide::shownReach(l, v, l.samples, 3, 4, bytes), 0, path,
         [](unsigned char*) {},
         [&](const unsigned char* scratch, uint32_t pixel, uint32_t x, uint32_t y) {
-            // Decompressed floats are in host order whatever the file's order.
-            const uint32_t p = pixel * l.samples;
-            if (l.alpha)
-                px.fromFloatA(wide::floatAt(scratch, p + 3));
-            px.fromFloatB(wide::floatAt(scratch, p + 2));
-            px.fromFloatG(wide::floatAt(scratch, p + 1));
-            px.fromFloatR(wide::floatAt(scratch, p));
+            fetch(scratch, pixel, px);
             wide::writePixel(target, x, y, px);
         },
         [&](const unsigned char* scratch, uint32_t y0, uint32_t rows) {
-            const auto fetch = [&](uint32_t pixel, _Rgba16& q) {
-                const uint32_t p = pixel * l.samples;
-                if (l.alpha)
-                    q.a = vkP::channel16(wide::floatAt(scratch, p + 3));
-                q.b = vkP::channel16(wide::floatAt(scratch, p + 2));
-                q.g = vkP::channel16(wide::floatAt(scratch, p + 1));
-                q.r = vkP::channel16(wide::floatAt(scratch, p));
-            };
-            const uint32_t stride = wide::floatBytes * l.samples;
-            if (l.samples < 3) {
-                wide::storeStripRows(target, l, y0, rows, px, fetch);
-                return;
+            const auto fetchRow = [&](uint32_t pixel, Pixel& q) { fetch(scratch, pixel, q); };
+            if constexpr (std::is_same_v<Pixel, _Rgba16>) {
+                if (l.samples >= 3) {
+                    // A whole strip fits the scratch, so pixel × samples does not wrap here.
+                    const uint32_t stride = wide::floatBytes * l.samples;
+                    wide::storeStripRows(target, l, y0, rows, px, fetchRow, [&](uint32_t first, _Rgba16* out,
+                                                                                _Rgba16& carried) {
+                        wide::narrowFloatRow(scratch + size_t(first) * stride, l.width, stride, l.alpha, false, out,
+                                             carried);
+                    });
+                    return;
+                }
             }
-            // A whole strip fits the scratch, so pixel × samples does not wrap here.
-            wide::storeStripRows(target, l, y0, rows, px, fetch, [&](uint32_t first, _Rgba16* out, _Rgba16& carried) {
-                wide::narrowFloatRow(scratch + size_t(first) * stride, l.width, stride, l.alpha, false, out, carried);
-            });
+            wide::storeStripRows(target, l, y0, rows, px, fetchRow);
         });
 }
 
-unsigned int lzwFloatTof(_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffHeader& h, const StripLayout& l,
-                      DecodePath path)
+} // namespace
+
+unsigned int lzwFloatTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l,
+                          DecodePath path)
 {
-    uint32_t bytes = 0;
-    if (!lzwFloatScratchBytes(l.width, l.rowsPerStrip, l.samples, bytes))
-        return vkStatusNoMemory;
-    _Rgbaf px = wide::startPixelf;
-    const Visible v = visibleArea(target);
-    return wide::decodeLZWStrips(
-        fb, h, l, bytes, 4 * l.samples, vkStatusCorruptData, v, wide::shownReach(l, v, l.samples, 3, 4, bytes), 0,
-        path, [](unsigned char*) {},
-        [&](const unsigned char* scratch, uint32_t pixel, uint32_t x, uint32_t y) {
-            // Decompressed floats are in host order whatever the file's order.
-            const uint32_t p = pixel * l.samples;
-            if (l.alpha)
-                px.a = wide::floatAt(scratch, p + 3);
-            px.b = wide::floatAt(scratch, p + 2);
-            px.g = wide::floatAt(scratch, p + 1);
-            px.r = wide::floatAt(scratch, p);
-            wide::writePixel(target, x, y, px);
-        },
-        [&](const unsigned char* scratch, uint32_t y0, uint32_t rows) {
-            wide::storeStripRows(target, l, y0, rows, px, [&](uint32_t pixel, _Rgbaf& q) {
-                const uint32_t p = pixel * l.samples;
-                if (l.alpha)
-                    q.a = wide::floatAt(scratch, p + 3);
-                q.b = wide::floatAt(scratch, p + 2);
-                q.g = wide::floatAt(scratch, p + 1);
-                q.r = wide::floatAt(scratch, p);
-            });
-        });
+    return lzwFloatToWide(fb, target, h, l, path, wide::startPixel16);
+}
+
+unsigned int lzwFloatTof(_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffHeader& h, const StripLayout& l,
+                         DecodePath path)
+{
+    return lzwFloatToWide(fb, target, h, l, path, wide::startPixelf);
 }

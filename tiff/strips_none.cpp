@@ -1,6 +1,8 @@
 // strips_none.cpp - uncompressed strips into 8-bit, 16-bit and float RGBA targets, pixel by pixel from the file buffer
 #include "tiff/strip_paths.h"
 
+#include <type_traits>
+
 #include "tiff/rows8_fast.h"
 #include "tiff/rows8_stream_fast.h"
 #include "tiff/narrow_rows_fast.h"
@@ -171,86 +173,36 @@ unsigned int noneTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHe
         });
 }
 
-unsigned int noneFloatTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l,
-                        DecodePath path)
-{
-    // Samples are read as 32-bit floats whatever the bits per sample say.
-    const uint32_t b = h.bitsPerSample / 8u;
-    const uint32_t stride = b * l.samples;
-    _Rgba16 px = wide::startPixel16;
-    float v = 0.0f;
-    return wide::decodePlainStrips(
-        h, l, stride, visibleArea(target),
-        [&](uint32_t base, uint32_t x, uint32_t y) {
-            if (l.alpha && fb.readfloatP(v, filePosition(base + 3 * b), wide::noSwap))
-                px.fromFloatA(v);
-            if (fb.readfloatP(v, filePosition(base + 2 * b), wide::noSwap))
-                px.fromFloatB(v);
-            if (fb.readfloatP(v, filePosition(base + b), wide::noSwap))
-                px.fromFloatG(v);
-            if (fb.readfloatP(v, filePosition(base), wide::noSwap))
-                px.fromFloatR(v);
-            wide::writePixel(target, x, y, px);
-        },
-        [&](uint32_t first, uint64_t count) {
-            const auto channel = [&](uint32_t at, void (_Rgba16::*set)(const float&)) {
-                replayLastRead(fb, first + at, stride, 4, count, [&](uint32_t p) {
-                    if (fb.readfloatP(v, filePosition(p), wide::noSwap))
-                        (px.*set)(v);
-                });
-            };
-            if (l.alpha)
-                channel(3 * b, &_Rgba16::fromFloatA);
-            channel(2 * b, &_Rgba16::fromFloatB);
-            channel(b, &_Rgba16::fromFloatG);
-            channel(0, &_Rgba16::fromFloatR);
-        },
-        [&](uint32_t offset, uint32_t y0, uint32_t rows) {
-            const uint32_t reach = (l.alpha ? 3 * b : 2 * b) + 4;
-            if (path != DecodePath::fast || !wide::plainStripLoaded(fb, offset, uint64_t(rows) * l.width, stride, reach))
-                return false;
-            const unsigned char* strip = fb.buffer + offset;
-            const bool swap = fb.dataBigEndian;
-            const auto fetch = [&](uint32_t pixel, _Rgba16& p) {
-                const unsigned char* at = strip + size_t(pixel) * stride;
-                if (l.alpha)
-                    p.a = vkP::channel16(wide::loadFloat(at + 3 * b, swap));
-                p.b = vkP::channel16(wide::loadFloat(at + 2 * b, swap));
-                p.g = vkP::channel16(wide::loadFloat(at + b, swap));
-                p.r = vkP::channel16(wide::loadFloat(at, swap));
-            };
-            if (b != wide::floatBytes || stride < 3 * wide::floatBytes) {
-                wide::storeStripRows(target, l, y0, rows, px, fetch);
-                return true;
-            }
-            wide::storeStripRows(target, l, y0, rows, px, fetch, [&](uint32_t first, _Rgba16* out, _Rgba16& carried) {
-                wide::narrowFloatRow(strip + size_t(first) * stride, l.width, stride, l.alpha, swap, out, carried);
-            });
-            return true;
-        });
-}
+namespace {
 
-unsigned int noneFloatTof(_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffHeader& h, const StripLayout& l,
-                        DecodePath path)
+// Float strips into 16-bit or float targets, the channels set by the float
+// rule of the target's depth; px starts as the target's start pixel. Samples
+// are read as 32-bit floats whatever the bits per sample say.
+template <class Target, class Pixel>
+unsigned int noneFloatToWide(_imgFileBuffer& fb, Target& target, const TiffHeader& h, const StripLayout& l,
+                             DecodePath path, Pixel px)
 {
-    // Samples are read as 32-bit floats whatever the bits per sample say.
     const uint32_t b = h.bitsPerSample / 8u;
     const uint32_t stride = b * l.samples;
-    _Rgbaf px = wide::startPixelf;
+    float v = 0.0f;
+    // A failed read leaves the channel as it was.
+    const auto read = [&](auto& channel, uint32_t position) {
+        if (fb.readfloatP(v, filePosition(position), wide::noSwap))
+            wide::setChannel(channel, v);
+    };
     return wide::decodePlainStrips(
         h, l, stride, visibleArea(target),
         [&](uint32_t base, uint32_t x, uint32_t y) {
             if (l.alpha)
-                fb.readfloatP(px.a, filePosition(base + 3 * b), wide::noSwap);
-            fb.readfloatP(px.b, filePosition(base + 2 * b), wide::noSwap);
-            fb.readfloatP(px.g, filePosition(base + b), wide::noSwap);
-            fb.readfloatP(px.r, filePosition(base), wide::noSwap);
+                read(px.a, base + 3 * b);
+            read(px.b, base + 2 * b);
+            read(px.g, base + b);
+            read(px.r, base);
             wide::writePixel(target, x, y, px);
         },
         [&](uint32_t first, uint64_t count) {
-            const auto channel = [&](float& value, uint32_t at) {
-                replayLastRead(fb, first + at, stride, 4, count,
-                               [&](uint32_t p) { fb.readfloatP(value, filePosition(p), wide::noSwap); });
+            const auto channel = [&](auto& value, uint32_t at) {
+                replayLastRead(fb, first + at, stride, 4, count, [&](uint32_t p) { read(value, p); });
             };
             if (l.alpha)
                 channel(px.a, 3 * b);
@@ -264,14 +216,44 @@ unsigned int noneFloatTof(_imgFileBuffer& fb, _imgRGBABufferf& target, const Tif
                 return false;
             const unsigned char* strip = fb.buffer + offset;
             const bool swap = fb.dataBigEndian;
-            wide::storeStripRows(target, l, y0, rows, px, [&](uint32_t pixel, _Rgbaf& p) {
+            const auto fetch = [&](uint32_t pixel, Pixel& p) {
                 const unsigned char* at = strip + size_t(pixel) * stride;
+                float f = 0.0f;
+                const auto load = [&](auto& channel, const unsigned char* from) {
+                    wide::loadFloat(f, from, swap);
+                    wide::setChannel(channel, f);
+                };
                 if (l.alpha)
-                    wide::loadFloat(p.a, at + 3 * b, swap);
-                wide::loadFloat(p.b, at + 2 * b, swap);
-                wide::loadFloat(p.g, at + b, swap);
-                wide::loadFloat(p.r, at, swap);
-            });
+                    load(p.a, at + 3 * b);
+                load(p.b, at + 2 * b);
+                load(p.g, at + b);
+                load(p.r, at);
+            };
+            if constexpr (std::is_same_v<Pixel, _Rgba16>) {
+                if (b == wide::floatBytes && stride >= 3 * wide::floatBytes) {
+                    wide::storeStripRows(target, l, y0, rows, px, fetch,
+                                         [&](uint32_t first, _Rgba16* out, _Rgba16& carried) {
+                                             wide::narrowFloatRow(strip + size_t(first) * stride, l.width, stride,
+                                                                  l.alpha, swap, out, carried);
+                                         });
+                    return true;
+                }
+            }
+            wide::storeStripRows(target, l, y0, rows, px, fetch);
             return true;
         });
+}
+
+} // namespace
+
+unsigned int noneFloatTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l,
+                           DecodePath path)
+{
+    return noneFloatToWide(fb, target, h, l, path, wide::startPixel16);
+}
+
+unsigned int noneFloatTof(_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffHeader& h, const StripLayout& l,
+                          DecodePath path)
+{
+    return noneFloatToWide(fb, target, h, l, path, wide::startPixelf);
 }

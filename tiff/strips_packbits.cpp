@@ -162,30 +162,31 @@ unsigned int packBitsTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const Ti
                                       });
 }
 
-unsigned int packBitsFloatTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l)
+namespace {
+
+// Four bytes make one float in memory order, no swap for either byte order;
+// the sample buffer starts as the bytes of 1.0.
+template <class Target>
+unsigned int packBitsFloatToWide(_imgFileBuffer& fb, Target& target, const TiffHeader& h, const StripLayout& l)
 {
     const float one = 1.0f;
     unsigned char sample[4];
     std::memcpy(sample, &one, sizeof sample);
-    // Four bytes make one float in memory order, no swap for either byte order.
-    return wide::decodePackBitsStrips(fb, h, l, target.capacity, sample,
-                                      [&](uint32_t index, const unsigned char* s) {
-                                          float v;
-                                          std::memcpy(&v, s, sizeof v);
-                                          target.writeShort(index, vkP::channel16(v));
-                                      });
+    return wide::decodePackBitsStrips(fb, h, l, target.capacity, sample, [&](uint32_t index, const unsigned char* s) {
+        float v;
+        std::memcpy(&v, s, sizeof v);
+        wide::storeChannel(target, index, v);
+    });
+}
+
+} // namespace
+
+unsigned int packBitsFloatTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l)
+{
+    return packBitsFloatToWide(fb, target, h, l);
 }
 
 unsigned int packBitsFloatTof(_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffHeader& h, const StripLayout& l)
 {
-    const float one = 1.0f;
-    unsigned char sample[4];
-    std::memcpy(sample, &one, sizeof sample);
-    // Four bytes make one float in memory order, no swap for either byte order.
-    return wide::decodePackBitsStrips(fb, h, l, target.capacity, sample,
-                                      [&](uint32_t index, const unsigned char* s) {
-                                          float v;
-                                          std::memcpy(&v, s, sizeof v);
-                                          target.writeFloat(index, v);
-                                      });
+    return packBitsFloatToWide(fb, target, h, l);
 }
