@@ -81,15 +81,15 @@ unsigned int decodeImage16(vkP::_dataIMG_Decode16* record, DecodePath path)
                 return vkStatusOk;
             if (bits == 16)
                 return lzwTo16(fb, target, h, l, path);
-            return bits == 32 ? lzwFloatTo16(fb, target, h, l, path) : vkStatusUnsupported;
+            return bits == 32 ? lzwFloatToWide(fb, target, h, l, path) : vkStatusUnsupported;
         case tiffCompressionPackBits:
             if (bits == 8)
                 return vkStatusOk;
-            return bits == 16 ? packBitsTo16(fb, target, h, l) : packBitsFloatTo16(fb, target, h, l);
+            return bits == 16 ? packBitsTo16(fb, target, h, l) : packBitsFloatToWide(fb, target, h, l);
         case tiffCompressionNone:
             if (bits == 8)
                 return vkStatusOk;
-            return bits == 16 ? noneTo16(fb, target, h, l, path) : noneFloatTo16(fb, target, h, l, path);
+            return bits == 16 ? noneTo16(fb, target, h, l, path) : noneFloatToWide(fb, target, h, l, path);
         default:
             return vkStatusUnsupported;
         }
@@ -113,8 +113,8 @@ unsigned int decodeImagef(vkP::_dataIMG_Decodef* record, DecodePath path)
             return vkStatusOk;
         const wide::StripLayout l = wide::stripLayout(h, target.alpha);
         if (c == tiffCompressionLZW)
-            return bits == 32 ? lzwFloatTof(fb, target, h, l, path) : vkStatusUnsupported;
-        return c == tiffCompressionPackBits ? packBitsFloatTof(fb, target, h, l) : noneFloatTof(fb, target, h, l, path);
+            return bits == 32 ? lzwFloatToWide(fb, target, h, l, path) : vkStatusUnsupported;
+        return c == tiffCompressionPackBits ? packBitsFloatToWide(fb, target, h, l) : noneFloatToWide(fb, target, h, l, path);
     });
 }
 

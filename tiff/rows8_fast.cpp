@@ -177,6 +177,14 @@ void emitFloatRow(Call& call, const unsigned char* src, uint32_t count, uint32_t
     const uint32_t stride = call.layout.bytesPerPixel;
     const bool alpha = call.layout.alpha;
     const bool swap = call.file.dataBigEndian;
+    const auto fetch = [&](uint32_t x, vkP::_Rgba8& p) {
+        const unsigned char* at = src + size_t(x) * stride;
+        if (alpha)
+            p.a = floatByte(at + 3 * step, swap);
+        p.b = floatByte(at + 2 * step, swap);
+        p.g = floatByte(at + step, swap);
+        p.r = floatByte(at, swap);
+    };
 #if defined(__SSE2__)
     // Four samples at once: a pixel's r, g, b and the float at 3 x step (its
     // alpha read). max(v, 0) turns NaN into 0 like the scalar rule; the last
@@ -195,25 +203,13 @@ void emitFloatRow(Call& call, const unsigned char* src, uint32_t count, uint32_t
         }
         const uint32_t last = count - 1;
         vkP::_Rgba8 p = call.pixel;
-        const unsigned char* at = src + size_t(last) * stride;
-        if (alpha)
-            p.a = floatByte(at + 3 * step, swap);
-        p.b = floatByte(at + 2 * step, swap);
-        p.g = floatByte(at + step, swap);
-        p.r = floatByte(at, swap);
+        fetch(last, p);
         std::memcpy(out + size_t(last) * 4, &p, 4);
         call.pixel = p;
         return;
     }
 #endif
-    storeRun(call, count, 0, y, [&](uint32_t x, vkP::_Rgba8& p) {
-        const unsigned char* at = src + size_t(x) * stride;
-        if (alpha)
-            p.a = floatByte(at + 3 * step, swap);
-        p.b = floatByte(at + 2 * step, swap);
-        p.g = floatByte(at + step, swap);
-        p.r = floatByte(at, swap);
-    });
+    storeRun(call, count, 0, y, fetch);
 }
 
 void emitLzwStrip(Call& call, unsigned char* scratch, uint32_t firstRow)

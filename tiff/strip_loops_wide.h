@@ -75,6 +75,9 @@ constexpr vkP::_Rgba16 startPixel16{0xCCCC, 0xCCCC, 0xCCCC, 0xFFFF};
 // 16-bit target (0xCCCC is 0.8 of full scale), kept by channels never read.
 constexpr vkP::_Rgbaf startPixelf{0.8f, 0.8f, 0.8f, 1.0f};
 
+inline vkP::_Rgba16 startPixel(const vkP::_imgRGBABuffer16&) { return startPixel16; }
+inline vkP::_Rgbaf startPixel(const vkP::_imgRGBABufferf&) { return startPixelf; }
+
 // A float sample into a channel of a 16-bit pixel, narrowed by the float
 // rule, or of a float pixel, unchanged. By reference: a float passed by value
 // may travel through an x87 register on 32-bit x86, which would quiet a

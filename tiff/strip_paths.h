@@ -24,24 +24,23 @@ unsigned int packBitsFloatTo8(Call& call);                          // strips_pa
 unsigned int tilesTo8(Call& call, unsigned char*& scratch);         // tiles.cpp (none and LZW)
 } // namespace decode8
 
-// Into 16-bit targets: 16-bit samples as they are, floats narrowed.
-unsigned int noneTo16(vkP::_imgFileBuffer& fb, vkP::_imgRGBABuffer16& target, const TiffHeader& h,
-                      const wide::StripLayout& l, DecodePath path);
-unsigned int noneFloatTo16(vkP::_imgFileBuffer& fb, vkP::_imgRGBABuffer16& target, const TiffHeader& h,
-                           const wide::StripLayout& l, DecodePath path);
-unsigned int lzwTo16(vkP::_imgFileBuffer& fb, vkP::_imgRGBABuffer16& target, const TiffHeader& h,
-                     const wide::StripLayout& l, DecodePath path);
-unsigned int lzwFloatTo16(vkP::_imgFileBuffer& fb, vkP::_imgRGBABuffer16& target, const TiffHeader& h,
-                          const wide::StripLayout& l, DecodePath path);
-unsigned int packBitsTo16(vkP::_imgFileBuffer& fb, vkP::_imgRGBABuffer16& target, const TiffHeader& h,
-                          const wide::StripLayout& l);
-unsigned int packBitsFloatTo16(vkP::_imgFileBuffer& fb, vkP::_imgRGBABuffer16& target, const TiffHeader& h,
-                               const wide::StripLayout& l);
+using FileBuffer = vkP::_imgFileBuffer;
+using Target16 = vkP::_imgRGBABuffer16;
+using Targetf = vkP::_imgRGBABufferf;
+using wide::StripLayout;
 
-// Into float targets: float samples unchanged.
-unsigned int noneFloatTof(vkP::_imgFileBuffer& fb, vkP::_imgRGBABufferf& target, const TiffHeader& h,
-                          const wide::StripLayout& l, DecodePath path);
-unsigned int lzwFloatTof(vkP::_imgFileBuffer& fb, vkP::_imgRGBABufferf& target, const TiffHeader& h,
-                         const wide::StripLayout& l, DecodePath path);
-unsigned int packBitsFloatTof(vkP::_imgFileBuffer& fb, vkP::_imgRGBABufferf& target, const TiffHeader& h,
-                              const wide::StripLayout& l);
+// Into 16-bit targets: 16-bit samples as they are.
+unsigned int noneTo16(FileBuffer& fb, Target16& target, const TiffHeader& h, const StripLayout& l, DecodePath path);
+unsigned int lzwTo16(FileBuffer& fb, Target16& target, const TiffHeader& h, const StripLayout& l, DecodePath path);
+unsigned int packBitsTo16(FileBuffer& fb, Target16& target, const TiffHeader& h, const StripLayout& l);
+
+// Float samples into 16-bit targets (narrowed by the float rule) and into
+// float targets (unchanged); Target is Target16 or Targetf.
+template <class Target>
+unsigned int noneFloatToWide(FileBuffer& fb, Target& target, const TiffHeader& h, const StripLayout& l,
+                             DecodePath path);
+template <class Target>
+unsigned int lzwFloatToWide(FileBuffer& fb, Target& target, const TiffHeader& h, const StripLayout& l,
+                            DecodePath path);
+template <class Target>
+unsigned int packBitsFloatToWide(FileBuffer& fb, Target& target, const TiffHeader& h, const StripLayout& l);

@@ -11,7 +11,6 @@
 
 using namespace decode8;
 using namespace vkP;
-using wide::StripLayout;
 
 namespace {
 
@@ -156,8 +155,7 @@ unsigned int decode8::lzwFloatTo8(Call& call, unsigned char*& scratch)
     return withScratch(scratch, bytes, false, [&](unsigned char* data) { return lzwFloatStrips(call, data, bytes); });
 }
 
-unsigned int lzwTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l,
-                   DecodePath path)
+unsigned int lzwTo16(FileBuffer& fb, Target16& target, const TiffHeader& h, const StripLayout& l, DecodePath path)
 {
     uint32_t bytes = 0;
     if (!lzw16ScratchBytes(l.width, l.rowsPerStrip, l.samples, bytes))
@@ -174,6 +172,17 @@ unsigned int lzwTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHea
         l.samples == 0 || rowBytes == 0 ? l.rowsPerStrip
                                         : uint32_t(std::min<uint64_t>(l.rowsPerStrip, (cut + rowBytes - 1) / rowBytes));
     const uint32_t touched = uint32_t(std::min<uint64_t>(bytes, predictorRows * rowBytes + 8));
+    // The pixel stride and channel steps are byte counts applied to 16-bit
+    // units, so pixels are read at twice their spacing and two samples apart;
+    // hosts see this output and it is kept as it is.
+    const auto fetch = [&](const unsigned char* scratch, uint32_t pixel, _Rgba16& p) {
+        const uint32_t base = pixel * unitsPerPixel;
+        p.r = wide::unitAt(scratch, base);
+        p.g = wide::unitAt(scratch, base + 2);
+        p.b = wide::unitAt(scratch, base + 4);
+        if (l.alpha)
+            p.a = wide::unitAt(scratch, base + 6);
+    };
     return wide::decodeLZWStrips(
         fb, h, l, bytes, unitsPerPixel, vkStatusUnsupported, v, cut, touched, path,
         [&](unsigned char* scratch) {
@@ -181,37 +190,23 @@ unsigned int lzwTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHea
                 undoPredictor(scratch, l.width, predictorRows, l.samples, l.alpha, 2);
         },
         [&](const unsigned char* scratch, uint32_t pixel, uint32_t x, uint32_t y) {
-            // The pixel stride and channel steps are byte counts applied to
-            // 16-bit units, so pixels are read at twice their spacing and two
-            // samples apart; hosts see this output and it is kept as it is.
-            const uint32_t base = pixel * unitsPerPixel;
-            px.r = wide::unitAt(scratch, base);
-            px.g = wide::unitAt(scratch, base + 2);
-            px.b = wide::unitAt(scratch, base + 4);
-            if (l.alpha)
-                px.a = wide::unitAt(scratch, base + 6);
+            fetch(scratch, pixel, px);
             wide::writePixel(target, x, y, px);
         },
         [&](const unsigned char* scratch, uint32_t y0, uint32_t rows) {
-            wide::storeStripRows(target, l, y0, rows, px, [&](uint32_t pixel, _Rgba16& p) {
-                const uint32_t base = pixel * unitsPerPixel;
-                p.r = wide::unitAt(scratch, base);
-                p.g = wide::unitAt(scratch, base + 2);
-                p.b = wide::unitAt(scratch, base + 4);
-                if (l.alpha)
-                    p.a = wide::unitAt(scratch, base + 6);
-            });
+            wide::storeStripRows(target, l, y0, rows, px,
+                                 [&](uint32_t pixel, _Rgba16& p) { fetch(scratch, pixel, p); });
         });
 }
 
-namespace {
-
 // Float strips into 16-bit or float targets, the channels set by the float
 // rule of the target's depth; px starts as the target's start pixel.
-template <class Target, class Pixel>
-unsigned int lzwFloatToWide(_imgFileBuffer& fb, Target& target, const TiffHeader& h, const StripLayout& l,
-                            DecodePath path, Pixel px)
+template <class Target>
+unsigned int lzwFloatToWide(FileBuffer& fb, Target& target, const TiffHeader& h, const StripLayout& l,
+                            DecodePath path)
 {
+    auto px = wide::startPixel(target);
+    using Pixel = decltype(px);
     uint32_t bytes = 0;
     if (!lzwFloatScratchBytes(l.width, l.rowsPerStrip, l.samples, bytes))
         return vkStatusNoMemory;
@@ -250,16 +245,5 @@ unsigned int lzwFloatToWide(_imgFileBuffer& fb, Target& target, const TiffHeader
         });
 }
 
-} // namespace
-
-unsigned int lzwFloatTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l,
-                          DecodePath path)
-{
-    return lzwFloatToWide(fb, target, h, l, path, wide::startPixel16);
-}
-
-unsigned int lzwFloatTof(_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffHeader& h, const StripLayout& l,
-                         DecodePath path)
-{
-    return lzwFloatToWide(fb, target, h, l, path, wide::startPixelf);
-}
+template unsigned int lzwFloatToWide(FileBuffer&, Target16&, const TiffHeader&, const StripLayout&, DecodePath);
+template unsigned int lzwFloatToWide(FileBuffer&, Targetf&, const TiffHeader&, const StripLayout&, DecodePath);

@@ -10,7 +10,6 @@
 
 using namespace decode8;
 using namespace vkP;
-using wide::StripLayout;
 
 unsigned int decode8::noneTo8(Call& call)
 {
@@ -36,24 +35,20 @@ unsigned int decode8::noneTo8(Call& call)
         const auto skipped = [&](uint64_t j, uint64_t count) {
             skipFilePixels(call, offset + uint32_t(j) * L.bytesPerPixel + L.highByte, L.bytesPerPixel, count);
         };
-        if (chunkFullyLoaded(call, offset, uint64_t(rows) * h.imageWidth)) {
-            const unsigned char* strip = call.file.buffer + offset;
-            walkStripPixels(
-                h.imageWidth, rows, firstRow, v,
-                [&](uint32_t x, uint32_t r) {
-                    readBytePixel(call, strip + (x + r * h.imageWidth) * L.bytesPerPixel + L.highByte);
-                    call.target.write(int(x), int(firstRow + r), call.pixel);
-                },
-                skipped);
-        } else {
-            walkStripPixels(
-                h.imageWidth, rows, firstRow, v,
-                [&](uint32_t x, uint32_t r) {
-                    readFilePixel(call, offset + (x + r * h.imageWidth) * L.bytesPerPixel + L.highByte);
-                    call.target.write(int(x), int(firstRow + r), call.pixel);
-                },
-                skipped);
-        }
+        // A strip that lies wholly in the loaded data is read from memory,
+        // with the bytes the positional reads would deliver.
+        const bool loaded = chunkFullyLoaded(call, offset, uint64_t(rows) * h.imageWidth);
+        walkStripPixels(
+            h.imageWidth, rows, firstRow, v,
+            [&](uint32_t x, uint32_t r) {
+                const uint32_t at = offset + (x + r * h.imageWidth) * L.bytesPerPixel + L.highByte;
+                if (loaded)
+                    readBytePixel(call, call.file.buffer + at);
+                else
+                    readFilePixel(call, at);
+                call.target.write(int(x), int(firstRow + r), call.pixel);
+            },
+            skipped);
         return vkStatusOk;
     });
 }
@@ -98,8 +93,7 @@ unsigned int decode8::noneFloatTo8(Call& call)
     });
 }
 
-unsigned int noneTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l,
-                     DecodePath path)
+unsigned int noneTo16(FileBuffer& fb, Target16& target, const TiffHeader& h, const StripLayout& l, DecodePath path)
 {
     _Rgba16 px = wide::startPixel16;
     const uint32_t stride = 2 * l.samples;
@@ -173,15 +167,15 @@ unsigned int noneTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHe
         });
 }
 
-namespace {
-
 // Float strips into 16-bit or float targets, the channels set by the float
 // rule of the target's depth; px starts as the target's start pixel. Samples
 // are read as 32-bit floats whatever the bits per sample say.
-template <class Target, class Pixel>
-unsigned int noneFloatToWide(_imgFileBuffer& fb, Target& target, const TiffHeader& h, const StripLayout& l,
-                             DecodePath path, Pixel px)
+template <class Target>
+unsigned int noneFloatToWide(FileBuffer& fb, Target& target, const TiffHeader& h, const StripLayout& l,
+                             DecodePath path)
 {
+    auto px = wide::startPixel(target);
+    using Pixel = decltype(px);
     const uint32_t b = h.bitsPerSample / 8u;
     const uint32_t stride = b * l.samples;
     float v = 0.0f;
@@ -244,16 +238,5 @@ unsigned int noneFloatToWide(_imgFileBuffer& fb, Target& target, const TiffHeade
         });
 }
 
-} // namespace
-
-unsigned int noneFloatTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l,
-                           DecodePath path)
-{
-    return noneFloatToWide(fb, target, h, l, path, wide::startPixel16);
-}
-
-unsigned int noneFloatTof(_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffHeader& h, const StripLayout& l,
-                          DecodePath path)
-{
-    return noneFloatToWide(fb, target, h, l, path, wide::startPixelf);
-}
+template unsigned int noneFloatToWide(FileBuffer&, Target16&, const TiffHeader&, const StripLayout&, DecodePath);
+template unsigned int noneFloatToWide(FileBuffer&, Targetf&, const TiffHeader&, const StripLayout&, DecodePath);

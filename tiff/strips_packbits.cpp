@@ -150,9 +150,8 @@ unsigned int packBitsFloatTo8(Call& call)
 } // namespace decode8
 
 using namespace vkP;
-using wide::StripLayout;
 
-unsigned int packBitsTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l)
+unsigned int packBitsTo16(FileBuffer& fb, Target16& target, const TiffHeader& h, const StripLayout& l)
 {
     unsigned char sample[2] = {0, 0};
     // Byte pairs are taken high byte first in either file byte order.
@@ -162,12 +161,10 @@ unsigned int packBitsTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const Ti
                                       });
 }
 
-namespace {
-
 // Four bytes make one float in memory order, no swap for either byte order;
 // the sample buffer starts as the bytes of 1.0.
 template <class Target>
-unsigned int packBitsFloatToWide(_imgFileBuffer& fb, Target& target, const TiffHeader& h, const StripLayout& l)
+unsigned int packBitsFloatToWide(FileBuffer& fb, Target& target, const TiffHeader& h, const StripLayout& l)
 {
     const float one = 1.0f;
     unsigned char sample[4];
@@ -179,14 +176,5 @@ unsigned int packBitsFloatToWide(_imgFileBuffer& fb, Target& target, const TiffH
     });
 }
 
-} // namespace
-
-unsigned int packBitsFloatTo16(_imgFileBuffer& fb, _imgRGBABuffer16& target, const TiffHeader& h, const StripLayout& l)
-{
-    return packBitsFloatToWide(fb, target, h, l);
-}
-
-unsigned int packBitsFloatTof(_imgFileBuffer& fb, _imgRGBABufferf& target, const TiffHeader& h, const StripLayout& l)
-{
-    return packBitsFloatToWide(fb, target, h, l);
-}
+template unsigned int packBitsFloatToWide(FileBuffer&, Target16&, const TiffHeader&, const StripLayout&);
+template unsigned int packBitsFloatToWide(FileBuffer&, Targetf&, const TiffHeader&, const StripLayout&);
