@@ -5,6 +5,23 @@
 
 #include "shared/image/file_buffer.h"
 
+// The packet after `header`, through the file buffer's checked reads: n >= 0
+// is followed by n + 1 literal bytes, n < 0 by one byte used 1 - n times.
+template <class Sink>
+void readPackBitsPacket(vkP::_imgFileBuffer& fb, signed char header, unsigned char& value, Sink&& sink)
+{
+    if (header >= 0) {
+        for (int i = 0; i <= header; ++i) {
+            fb.readUint8(value);
+            sink(value);
+        }
+    } else {
+        fb.readUint8(value);
+        for (int i = 0; i < 1 - header; ++i)
+            sink(value);
+    }
+}
+
 // Reads PackBits packets from the file buffer's current position and gives
 // every byte to sink(byte). The byte is passed as an lvalue: a sink that
 // changes it changes the value the rest of a run packet repeats. A header
@@ -35,15 +52,8 @@ void walkPackBits(vkP::_imgFileBuffer& fb, Sink&& sink, Stop&& stop, Idle&& idle
             if (fb.bufPosition >= 0 && fb.bufPosition < limit)
                 fb.bufPosition = fb.bufPosition + reads < limit ? fb.bufPosition + reads : limit;
             pass(header >= 0 ? literal : 1 - header);
-        } else if (header >= 0) {
-            for (int i = 0; i < literal; ++i) {
-                fb.readUint8(value);
-                sink(value);
-            }
         } else {
-            fb.readUint8(value);
-            for (int i = 0; i < 1 - header; ++i)
-                sink(value);
+            readPackBitsPacket(fb, header, value, sink);
         }
         if (fb.bufPosition >= fb.sizeLoaded || stop())
             return;

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <new>
 
 #include "plugin/records.h"
@@ -78,6 +79,29 @@ inline uint64_t rowsReach(uint64_t rows, uint64_t rowBytes, uint32_t bytesPerSam
 {
     return rows * rowBytes + 4 * uint64_t(bytesPerSample) + 2;
 }
+
+// Bytes of float samples gathered four at a time, as PackBits delivers them.
+struct FloatStaging {
+    uint32_t byteCount = 0;
+    unsigned char bytes[floatSampleBytes] = {0, 0, 0, 0};
+
+    // True when `v` completed a float. The float, taken in host order without
+    // a swap, is converted by the float rule and its byte replaces the byte
+    // being delivered, so the rest of a run packet repeats the converted
+    // byte, not the file's: kept so that such files decode as they always have.
+    bool take(unsigned char& v)
+    {
+        const uint32_t slot = byteCount % floatSampleBytes;
+        bytes[slot] = v;
+        ++byteCount;
+        if (slot != floatSampleBytes - 1)
+            return false;
+        float f;
+        std::memcpy(&f, bytes, sizeof f);
+        v = vkP::channel8(f);
+        return true;
+    }
+};
 
 // PackBits strips: per strip, seeks to its offset and hands walk() a Sink
 // for the strip's first row. A seek beyond the loaded data fails and leaves

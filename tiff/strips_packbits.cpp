@@ -120,29 +120,17 @@ unsigned int packBitsFloatTo8(Call& call)
     if (call.path == DecodePath::fast && packBitsInTarget(call))
         return packBitsFloatTo8Fast(call);
     return forEachPackBitsStrip<StripSink>(call, [&](StripSink& sink) {
-        uint32_t byteCount = 0;
-        unsigned char staging[floatSampleBytes] = {0, 0, 0, 0};
+        FloatStaging staging;
         walkPackBits(
             call.file,
             [&](unsigned char& v) {
-                const uint32_t slot = byteCount % floatSampleBytes;
-                staging[slot] = v;
-                ++byteCount;
-                if (slot != floatSampleBytes - 1)
-                    return;
-                // A float completed: taken in host order without a swap. Its
-                // converted byte replaces the byte being delivered, so the rest
-                // of a run packet repeats the converted byte, not the file's;
-                // kept so that such files decode exactly as they always have.
-                float f;
-                std::memcpy(&f, staging, sizeof f);
-                v = vkP::channel8(f);
-                sink.place(v);
+                if (staging.take(v))
+                    sink.place(v);
             },
             [&] { return sink.done(); }, [&] { return sink.idle(); },
             [&](int n) {
-                sink.advance(countCongruent(byteCount, n, floatSampleBytes, floatSampleBytes - 1));
-                byteCount += uint32_t(n);
+                sink.advance(countCongruent(staging.byteCount, n, floatSampleBytes, floatSampleBytes - 1));
+                staging.byteCount += uint32_t(n);
             });
     });
 }

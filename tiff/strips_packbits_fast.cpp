@@ -246,19 +246,10 @@ unsigned int packBitsTo8Fast(Call& call)
 unsigned int packBitsFloatTo8Fast(Call& call)
 {
     return forEachPackBitsStrip<FastStripSink>(call, [&](FastStripSink& sink) {
-        uint32_t byteCount = 0;
-        unsigned char staging[floatSampleBytes] = {0, 0, 0, 0};
+        FloatStaging staging;
         auto one = [&](unsigned char& v) {
-            const uint32_t slot = byteCount % floatSampleBytes;
-            staging[slot] = v;
-            ++byteCount;
-            if (slot != floatSampleBytes - 1)
-                return;
-            // The converted byte replaces the byte delivered, as in the plain path.
-            float f;
-            std::memcpy(&f, staging, sizeof f);
-            v = vkP::channel8(f);
-            sink.place(v);
+            if (staging.take(v))
+                sink.place(v);
         };
         walkPackBitsFast(
             call.file,

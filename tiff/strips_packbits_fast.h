@@ -2,6 +2,7 @@
 #pragma once
 
 #include "shared/image/file_buffer.h"
+#include "tiff/packbits.h"
 
 // The end of the bytes that the file buffer's reads may reach.
 inline long long readableEnd(const vkP::_imgFileBuffer& fb)
@@ -49,16 +50,7 @@ void walkPackBitsFast(vkP::_imgFileBuffer& fb, Literal&& literal, Run&& run, Sin
             }
         } else {
             fb.readSint8(header);
-            if (header >= 0) {
-                for (int i = 0; i <= header; ++i) {
-                    fb.readUint8(value);
-                    sink(value);
-                }
-            } else {
-                fb.readUint8(value);
-                for (int i = 0; i < 1 - header; ++i)
-                    sink(value);
-            }
+            readPackBitsPacket(fb, header, value, sink);
         }
         if (fb.bufPosition >= fb.sizeLoaded || stop())
             return;
