@@ -27,7 +27,7 @@ int decodeWholeChunk(LZWState& state, unsigned char* out, uint32_t expected, Dec
 // ff_lzw_decode, or lzwDecodeStrip where the path is fast and it applies.
 inline int decodeLzwChunk(LZWState& s, unsigned char* out, int len, DecodePath path)
 {
-    if (path == DecodePath::fast && lzwFreshTiffStart(s))
+    if (fastLzwChunk(path, s))
         return lzwDecodeStrip(&s, out, len);
     return ff_lzw_decode(&s, out, len);
 }

@@ -35,16 +35,6 @@ void emitPredictedRow(Call& call, unsigned char* row, uint32_t rowWidth, uint32_
 void emitFloatRow(Call& call, const unsigned char* src, uint32_t count, uint32_t y);
 
 
-// True when every row that PackBits strips write (rows below imageLength)
-// lies in the target whole and pixels hold at most four samples: the fast
-// walk, which replays every packet, then does no more work than the target
-// holds pixels (and a packet per strip).
-inline bool packBitsInTarget(const Call& call)
-{
-    const TiffHeader& h = call.header;
-    return h.samplesPerPixel <= 4 && blockInTarget(call.target, 0, 0, h.imageWidth, h.imageLength);
-}
-
 // PackBits strips as packBitsInteger and packBitsFloat decode them, packets
 // that lie in the loaded data read from memory and bytes stored without calls.
 unsigned int packBitsTo8Fast(Call& call);

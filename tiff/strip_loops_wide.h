@@ -126,7 +126,7 @@ unsigned int decodeLZWStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, const
         const uint32_t expected = lzwStripBytes(l, bytesPerPixel, y0);
         const uint32_t rows = stripRowsInImage(l.rowsPerStrip, l.length, y0);
         const uint32_t shown = columns == 0 ? 0 : rowsShown(v, y0, rows);
-        if (path == DecodePath::fast && rows != 0 && shown == rows && columns == l.width) {
+        if (fastLzwStripWide(path, rows, shown, columns, l.width)) {
             if (decodeWholeChunk(state, scratch.get(), expected, path) != int(expected))
                 return shortStatus;
             afterDecode(scratch.get());

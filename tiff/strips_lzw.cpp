@@ -40,8 +40,7 @@ unsigned int lzwIntegerStrips(Call& call, unsigned char* scratch, uint32_t bytes
         // they are undone. A full decode overwrites the first `wanted` bytes,
         // so only the rest that the rows may read is cleared (all of it when
         // rows are not apart), as on the plain path.
-        if (call.path == DecodePath::fast && wanted <= bytes &&
-            blockInTarget(call.target, 0, firstRow, h.imageWidth, rows)) {
+        if (fastLzwStrip8(call, wanted, bytes, firstRow, rows)) {
             const uint64_t reach = rowsApart ? std::min<uint64_t>(bytes, rowsReach(rows, rowBytes, L.bytesPerSample))
                                              : bytes;
             if (reach > wanted)

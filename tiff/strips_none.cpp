@@ -22,8 +22,7 @@ unsigned int decode8::noneTo8(Call& call)
     return forEachStrip(h.stripCount, h.rowsPerStrip, [&](uint32_t s, uint32_t firstRow) -> unsigned int {
         const uint32_t offset = h.stripOffsets[s];
         const uint32_t rows = stripRowsInImage(h.rowsPerStrip, h.imageLength, firstRow);
-        if (call.path == DecodePath::fast && blockInTarget(call.target, 0, firstRow, h.imageWidth, rows) &&
-            chunkFullyLoaded(call, offset, uint64_t(rows) * h.imageWidth)) {
+        if (fastStripRows8(call, offset, firstRow, rows)) {
             const unsigned char* strip = call.file.buffer + offset;
             for (uint32_t r = 0; r < rows; ++r) {
                 const unsigned char* row = strip + size_t(r) * h.imageWidth * L.bytesPerPixel + L.highByte;
@@ -64,8 +63,7 @@ unsigned int decode8::noneFloatTo8(Call& call)
     return forEachStrip(h.stripCount, h.rowsPerStrip, [&](uint32_t s, uint32_t firstRow) -> unsigned int {
         const uint32_t offset = h.stripOffsets[s];
         const uint32_t rows = stripRowsInImage(h.rowsPerStrip, h.imageLength, firstRow);
-        if (call.path == DecodePath::fast && blockInTarget(call.target, 0, firstRow, h.imageWidth, rows) &&
-            floatChunkFullyLoaded(call, offset, uint64_t(rows) * h.imageWidth)) {
+        if (fastFloatStripRows8(call, offset, firstRow, rows)) {
             for (uint32_t r = 0; r < rows; ++r)
                 emitFloatRow(call, call.file.buffer + offset + size_t(r) * h.imageWidth * stride, h.imageWidth,
                              firstRow + r);
@@ -119,8 +117,7 @@ unsigned int noneTo16(FileBuffer& fb, Target16& target, const TiffHeader& h, con
             channel(px.r, 0);
         },
         [&](uint32_t offset, uint32_t y0, uint32_t rows) {
-            if (path != DecodePath::fast ||
-                !wide::plainStripLoaded(fb, offset, uint64_t(rows) * l.width, stride, l.alpha ? 8 : 6))
+            if (!fastStripRowsWide(path, fb, offset, uint64_t(rows) * l.width, stride, l.alpha ? 8 : 6))
                 return false;
             const unsigned char* strip = fb.buffer + offset;
             const bool swap = fb.dataBigEndian; // the reads swap exactly for big-endian files
@@ -206,7 +203,7 @@ unsigned int noneFloatToWide(FileBuffer& fb, Target& target, const TiffHeader& h
         },
         [&](uint32_t offset, uint32_t y0, uint32_t rows) {
             const uint32_t reach = (l.alpha ? 3 * b : 2 * b) + 4;
-            if (path != DecodePath::fast || !wide::plainStripLoaded(fb, offset, uint64_t(rows) * l.width, stride, reach))
+            if (!fastStripRowsWide(path, fb, offset, uint64_t(rows) * l.width, stride, reach))
                 return false;
             const unsigned char* strip = fb.buffer + offset;
             const bool swap = fb.dataBigEndian;

@@ -93,7 +93,7 @@ private:
 
 unsigned int packBitsTo8(Call& call)
 {
-    if (call.path == DecodePath::fast && packBitsInTarget(call))
+    if (fastPackBits8(call))
         return packBitsTo8Fast(call);
     const SampleLayout& L = call.layout;
     return forEachPackBitsStrip<StripSink>(call, [&](StripSink& sink) {
@@ -117,7 +117,7 @@ unsigned int packBitsTo8(Call& call)
 
 unsigned int packBitsFloatTo8(Call& call)
 {
-    if (call.path == DecodePath::fast && packBitsInTarget(call))
+    if (fastPackBits8(call))
         return packBitsFloatTo8Fast(call);
     return forEachPackBitsStrip<StripSink>(call, [&](StripSink& sink) {
         FloatStaging staging;

@@ -97,7 +97,7 @@ bool lastReadableInBlock(const vkP::_imgFileBuffer& fb, uint32_t first, uint32_t
 // column gives the same pixels, and the same last pixel.
 bool fastTile(const Call& call, const Tile& tile, const TileExtent& e)
 {
-    return call.path == DecodePath::fast && blockInTarget(call.target, tile.left, tile.top, e.columns, e.rows);
+    return fastTile8(call, tile.left, tile.top, e.columns, e.rows);
 }
 
 unsigned int uncompressedTiles(Call& call)
