@@ -1,4 +1,5 @@
 // rows8_fast.cpp - fast paths of the 8-bit decoders: row predicates, row conversion, predictor in the same pass
+#include "tiff/simd_sse2.h"
 #include "tiff/rows8_fast.h"
 
 #include <climits>
@@ -14,14 +15,8 @@ namespace {
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "an _Rgba8 is stored as one word, red lowest");
 static_assert(sizeof(vkP::_Rgba8) == 4, "an _Rgba8 is one 32-bit word");
 
-constexpr uint32_t rgbMask = 0x00FFFFFFu;
-
-inline uint32_t load32(const unsigned char* at)
-{
-    uint32_t v;
-    std::memcpy(&v, at, sizeof v);
-    return v;
-}
+using simd::load32;
+using simd::rgbMask;
 
 inline uint32_t alphaBits(unsigned char a) { return uint32_t(a) << 24; }
 

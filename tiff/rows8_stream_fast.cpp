@@ -1,4 +1,5 @@
 // rows8_stream_fast.cpp - rows of 8-bit samples stored into large 8-bit targets with streaming stores
+#include "tiff/simd_sse2.h"
 #include "tiff/rows8_stream_fast.h"
 
 #include <algorithm>
@@ -21,20 +22,14 @@ constexpr uint64_t streamTargetBytes = uint64_t(32) << 20;
 constexpr uintptr_t lineBytes = 64;
 constexpr uint32_t pixelsPerLine = 16;
 constexpr uint32_t pixelsPerVector = 4;
-constexpr uint32_t rgbMask = 0x00FFFFFFu;
 // With the stores streamed, the row's source is what a row waits on; it is
 // fetched this far ahead of the line being stored.
 constexpr uint64_t sourceAhead = 1024;
 constexpr uint64_t rowsAhead = 4;
 
-inline uint32_t load32(const unsigned char* at)
-{
-    uint32_t v;
-    std::memcpy(&v, at, sizeof v);
-    return v;
-}
-
-inline __m128i load128(const unsigned char* at) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at)); }
+using simd::load128;
+using simd::load32;
+using simd::rgbMask;
 
 // Stores words 0 .. count - 1 of a row at `out`: word(x) gives pixel x,
 // four(x) pixels x .. x + 3 as one vector, asked only while x + 4 <= vectorEnd.
@@ -120,25 +115,15 @@ bool streamRow(Call& call, const unsigned char* src, uint32_t count, uint32_t le
         // pixel's bytes moved up one place past the first one's alpha. Loads
         // reach two bytes past the fourth pixel, so vectors stop a pixel
         // before the row's end; the last pixel is read byte by byte.
-        const __m128i first = _mm_set_epi32(0, int32_t(rgbMask), 0, int32_t(rgbMask));
-        const __m128i second = _mm_set_epi32(int32_t(rgbMask), 0, int32_t(rgbMask), 0);
         const __m128i fill4 = _mm_set1_epi32(int32_t(a));
         const uint32_t final = count - 1;
         last = storeRow(
             out, count, final,
             [&](uint32_t x) {
-                const unsigned char* at = src + size_t(x) * 3;
-                const uint32_t rgb = x < final ? load32(at) & rgbMask
-                                               : uint32_t(at[0]) | uint32_t(at[1]) << 8 | uint32_t(at[2]) << 16;
-                return rgb | a;
+                return simd::rgbWord(src + size_t(x) * 3, x < final) | a;
             },
             [&](uint32_t x) {
-                const unsigned char* at = src + size_t(x) * 3;
-                const __m128i q = _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(at)),
-                                                     _mm_loadl_epi64(reinterpret_cast<const __m128i*>(at + 6)));
-                const __m128i rgb =
-                    _mm_or_si128(_mm_and_si128(q, first), _mm_and_si128(_mm_slli_epi64(q, 8), second));
-                return _mm_or_si128(rgb, fill4);
+                return _mm_or_si128(simd::expandRgb4(src + size_t(x) * 3), fill4);
             },
             ahead);
     }

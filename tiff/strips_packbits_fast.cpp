@@ -4,6 +4,7 @@
 #include <emmintrin.h>
 #endif
 
+#include "tiff/simd_sse2.h"
 #include "tiff/rows8_fast.h"
 #include "tiff/strips_packbits_fast.h"
 
@@ -11,15 +12,8 @@ namespace decode8 {
 
 namespace {
 
-inline uint32_t load32(const unsigned char* at)
-{
-    uint32_t v;
-    std::memcpy(&v, at, sizeof v);
-    return v;
-}
-
-constexpr uint32_t rgbMask = 0x00FFFFFFu;
-constexpr uint32_t alphaMask = 0xFF000000u;
+using simd::alphaMask;
+using simd::load32;
 
 // The three-sample sink reads every target word it writes (to keep alpha),
 // and that read, not the packet work, is what a strip waits on: the words
@@ -50,22 +44,15 @@ void expandRgb(const unsigned char* from, uint32_t available, uint32_t pixels, u
 #if defined(__SSE2__)
     // Four pixels from two eight-byte loads, two pixels in each 64-bit lane:
     // the second pixel's bytes move up one place, past the first one's alpha.
-    const __m128i first = _mm_set_epi32(0, 0x00FFFFFF, 0, 0x00FFFFFF);
-    const __m128i second = _mm_set_epi32(0x00FFFFFF, 0, 0x00FFFFFF, 0);
     const __m128i alpha = _mm_set1_epi32(int32_t(alphaMask));
     for (; p + 4 <= pixels && 3 * p + 14 <= available; p += 4) {
-        const unsigned char* src = from + size_t(p) * 3;
-        const __m128i q = _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(src)),
-                                             _mm_loadl_epi64(reinterpret_cast<const __m128i*>(src + 6)));
-        const __m128i rgb = _mm_or_si128(_mm_and_si128(q, first), _mm_and_si128(_mm_slli_epi64(q, 8), second));
+        const __m128i rgb = simd::expandRgb4(from + size_t(p) * 3);
         __m128i* dst = reinterpret_cast<__m128i*>(to + size_t(p) * 4);
         _mm_storeu_si128(dst, _mm_or_si128(rgb, _mm_and_si128(_mm_loadu_si128(dst), alpha)));
     }
 #endif
     for (; p < pixels; ++p) {
-        const unsigned char* src = from + size_t(p) * 3;
-        const uint32_t rgb = 3 * p + 4 <= available ? load32(src) & rgbMask
-                                                    : uint32_t(src[0]) | uint32_t(src[1]) << 8 | uint32_t(src[2]) << 16;
+        const uint32_t rgb = simd::rgbWord(from + size_t(p) * 3, 3 * p + 4 <= available);
         unsigned char* at = to + size_t(p) * 4;
         const uint32_t word = rgb | (load32(at) & alphaMask);
         std::memcpy(at, &word, 4);
