@@ -1,4 +1,5 @@
 // lzw_chunk.cpp - the LZW decoder started on one strip or tile, and the requests of the 16-bit and float targets
+#include "tiff/loaded.h"
 #include "tiff/lzw_chunk.h"
 
 #include <climits>
@@ -9,9 +10,7 @@ constexpr uint32_t lzwRootWidth = 8; // TIFF LZW codes start at 9 bits over a by
 
 int startChunkLZW(LZWState& state, vkP::_imgFileBuffer& fb, uint32_t offset)
 {
-    // Reads never reach beyond the allocation (bufferSize + 4 bytes), even
-    // where a write has carried sizeLoaded past the capacity.
-    long long loaded = fb.sizeLoaded < fb.bufferSize ? fb.sizeLoaded : fb.bufferSize;
+    long long loaded = readableEnd(fb);
     if (loaded < 0)
         loaded = 0;
     long long start = offset;

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "shared/image/file_buffer.h"
+#include "tiff/loaded.h"
 
 // The packet after `header`, through the file buffer's checked reads: n >= 0
 // is followed by n + 1 literal bytes, n < 0 by one byte used 1 - n times.
@@ -47,7 +48,7 @@ void walkPackBits(vkP::_imgFileBuffer& fb, Sink&& sink, Stop&& stop, Idle&& idle
         const int literal = header >= 0 ? header + 1 : 0;
         if (idle()) {
             // Each single-byte read moves the position on by one while a byte is loaded.
-            const long long limit = fb.sizeLoaded < fb.bufferSize ? fb.sizeLoaded : fb.bufferSize;
+            const long long limit = readableEnd(fb);
             const int reads = header >= 0 ? literal : 1;
             if (fb.bufPosition >= 0 && fb.bufPosition < limit)
                 fb.bufPosition = fb.bufPosition + reads < limit ? fb.bufPosition + reads : limit;

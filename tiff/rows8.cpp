@@ -1,4 +1,5 @@
 // rows8.cpp - sample rules of the 8-bit decoders: layout, pixel fetch, float bytes, predictor, scratch sizes
+#include "tiff/loaded.h"
 #include "tiff/rows8.h"
 
 #include <climits>
@@ -35,12 +36,10 @@ void readFilePixel(Call& call, uint32_t position)
 
 bool chunkFullyLoaded(const Call& call, uint32_t offset, uint64_t pixels)
 {
-    if (pixels == 0 || pixels > uint64_t(INT_MAX) || call.file.buffer == nullptr)
-        return false;
     const SampleLayout& L = call.layout;
-    const uint64_t last = offset + (pixels - 1) * L.bytesPerPixel + L.highByte + 3 * uint64_t(L.bytesPerSample);
-    const long long loaded = std::min(call.file.sizeLoaded, call.file.bufferSize);
-    return last <= uint64_t(INT_MAX) && (long long)last < loaded;
+    // Each read is of one byte, its position checked: the last may sit at INT_MAX.
+    return chunkReadable(call.file, offset, pixels, L.bytesPerPixel, L.highByte + 3 * L.bytesPerSample + 1,
+                         uint64_t(INT_MAX) + 1);
 }
 
 void skipFilePixels(Call& call, uint32_t first, uint32_t pixelStride, uint64_t count)

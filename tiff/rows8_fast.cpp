@@ -1,4 +1,5 @@
 // rows8_fast.cpp - fast paths of the 8-bit decoders: row predicates, row conversion, predictor in the same pass
+#include "tiff/loaded.h"
 #include "tiff/simd_sse2.h"
 #include "tiff/rows8_fast.h"
 
@@ -89,13 +90,8 @@ inline unsigned char floatByte(const unsigned char* at, bool swap)
 
 bool floatChunkFullyLoaded(const Call& call, uint32_t offset, uint64_t pixels)
 {
-    if (pixels == 0 || pixels > uint64_t(INT_MAX) || call.file.buffer == nullptr)
-        return false;
     const SampleLayout& L = call.layout;
-    const uint64_t end =
-        offset + (pixels - 1) * L.bytesPerPixel + 3 * uint64_t(L.bytesPerSample) + floatSampleBytes;
-    const long long loaded = std::min(call.file.sizeLoaded, call.file.bufferSize);
-    return end <= uint64_t(INT_MAX) && (long long)end <= loaded;
+    return chunkReadable(call.file, offset, pixels, L.bytesPerPixel, 3 * L.bytesPerSample + floatSampleBytes);
 }
 
 void emitRow(Call& call, const unsigned char* src, uint32_t count, uint32_t left, uint32_t y)

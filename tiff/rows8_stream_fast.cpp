@@ -1,4 +1,5 @@
 // rows8_stream_fast.cpp - rows of 8-bit samples stored into large 8-bit targets with streaming stores
+#include "tiff/loaded.h"
 #include "tiff/simd_sse2.h"
 #include "tiff/rows8_stream_fast.h"
 
@@ -81,7 +82,7 @@ bool streamRow(Call& call, const unsigned char* src, uint32_t count, uint32_t le
         return false;
     unsigned char* out = reinterpret_cast<unsigned char*>(targetPixel<vkP::_Rgba8>(call.target, left, y));
     const uint32_t a = uint32_t(call.pixel.a) << 24;
-    const uint64_t loaded = uint64_t(std::max(0LL, std::min(call.file.sizeLoaded, call.file.bufferSize)));
+    const uint64_t loaded = uint64_t(std::max(0LL, readableEnd(call.file)));
     const uint64_t from = uint64_t(src - call.file.buffer);
     const uint32_t stride = L.bytesPerPixel;
     // Copies, not references: GCC 12 compiles a prefetch away when its

@@ -4,14 +4,6 @@
 #include "shared/image/file_buffer.h"
 #include "tiff/packbits.h"
 
-// The end of the bytes that the file buffer's reads may reach.
-inline long long readableEnd(const vkP::_imgFileBuffer& fb)
-{
-    if (fb.buffer == nullptr)
-        return 0;
-    return fb.sizeLoaded < fb.bufferSize ? fb.sizeLoaded : fb.bufferSize;
-}
-
 // True when the packet whose header byte is at pos (header n: n + 1 literal
 // bytes, or one run byte) lies wholly below `end`, so that every read of it
 // would succeed. Sets `header` to the packet's header byte.

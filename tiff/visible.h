@@ -7,6 +7,7 @@
 
 #include "shared/image/file_buffer.h"
 #include "shared/image/rgba_buffer.h"
+#include "tiff/loaded.h"
 #include "tiff/progression.h"
 
 // The columns and rows where a target's (x, y) writes land: x below its width
@@ -61,7 +62,7 @@ void walkStripPixels(uint32_t width, uint32_t rows, uint32_t firstRow, const Vis
 inline bool lastReadable(const vkP::_imgFileBuffer& fb, uint32_t first, uint32_t stride, uint32_t width, uint64_t n,
                          uint64_t& k)
 {
-    long long limit = std::min(fb.sizeLoaded, fb.bufferSize);
+    long long limit = readableEnd(fb);
     limit = std::min(limit, (long long)INT_MAX);
     if (limit < (long long)width)
         return false;
