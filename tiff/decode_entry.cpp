@@ -85,7 +85,7 @@ unsigned int decodeImage16(vkP::_dataIMG_Decode16* record, DecodePath path)
         case tiffCompressionPackBits:
             if (bits == 8)
                 return vkStatusOk;
-            return bits == 16 ? packBitsTo16(fb, target, h, l) : packBitsFloatToWide(fb, target, h, l);
+            return bits == 16 ? packBitsTo16(fb, target, h, l, path) : packBitsFloatToWide(fb, target, h, l, path);
         case tiffCompressionNone:
             if (bits == 8)
                 return vkStatusOk;
@@ -114,7 +114,7 @@ unsigned int decodeImagef(vkP::_dataIMG_Decodef* record, DecodePath path)
         const wide::StripLayout l = wide::stripLayout(h, target.alpha);
         if (c == tiffCompressionLZW)
             return bits == 32 ? lzwFloatToWide(fb, target, h, l, path) : vkStatusUnsupported;
-        return c == tiffCompressionPackBits ? packBitsFloatToWide(fb, target, h, l) : noneFloatToWide(fb, target, h, l, path);
+        return c == tiffCompressionPackBits ? packBitsFloatToWide(fb, target, h, l, path) : noneFloatToWide(fb, target, h, l, path);
     });
 }
 

@@ -4,6 +4,7 @@
 #include "tiff/lzw_fast.h"
 #include "tiff/rows8_fast.h"
 #include "tiff/strip_loops_wide_fast.h"
+#include "tiff/strip_loops_wide.h"
 #include "tiff/target_rows.h"
 
 bool fastStripRows8(const decode8::Call& call, uint32_t offset, uint32_t firstRow, uint32_t rows)
@@ -43,6 +44,18 @@ bool fastStripRowsWide(DecodePath path, const vkP::_imgFileBuffer& fb, uint32_t 
                        uint32_t stride, uint32_t reach)
 {
     return path == DecodePath::fast && wide::plainStripLoaded(fb, offset, pixels, stride, reach);
+}
+
+bool fastPackBitsWide(DecodePath path, const vkP::_imgRGBABuffer_all& target, const wide::StripLayout& l)
+{
+    constexpr uint64_t runOnRows = 130; // rows one packet of up to 129 samples may cross, plus one
+    if (path != DecodePath::fast || target.pixels == nullptr)
+        return false;
+    const uint64_t rows = uint64_t(l.strips) * l.rowsPerStrip + l.rowsPerStrip + runOnRows;
+    if (rows >= (uint64_t(1) << 31) || l.width >= (uint64_t(1) << 31))
+        return false;
+    const uint64_t pixels = rows * l.width + uint64_t(l.width) * l.samples;
+    return pixels < (uint64_t(1) << 30);
 }
 
 bool fastLzwStripWide(DecodePath path, uint32_t rows, uint32_t shownRows, uint32_t shownColumns, uint32_t width)

@@ -9,6 +9,12 @@ struct LZWState;
 namespace decode8 {
 struct Call;
 }
+namespace vkP {
+class _imgRGBABuffer_all;
+}
+namespace wide {
+struct StripLayout;
+}
 
 // Every decoder has one plain path that follows the rules step by step, and
 // fast paths beside it, each taken only where a named precondition below
@@ -54,6 +60,12 @@ bool fastPackBits8(const decode8::Call& call);
 // is loaded.
 bool fastStripRowsWide(DecodePath path, const vkP::_imgFileBuffer& fb, uint32_t offset, uint64_t pixels,
                        uint32_t stride, uint32_t reach);
+
+// PackBits strips into a 16-bit or float target through
+// strips_packbits_fast: the target has pixels, and no element index that a
+// strip's samples (one packet's run-on past its last row included) can form
+// reaches 2^32, so none wraps.
+bool fastPackBitsWide(DecodePath path, const vkP::_imgRGBABuffer_all& target, const wide::StripLayout& l);
 
 // LZW strip into a 16-bit or float target, decoded whole: the target shows
 // all of its rows and columns.

@@ -32,7 +32,7 @@ using wide::StripLayout;
 // Into 16-bit targets: 16-bit samples as they are.
 unsigned int noneTo16(FileBuffer& fb, Target16& target, const TiffHeader& h, const StripLayout& l, DecodePath path);
 unsigned int lzwTo16(FileBuffer& fb, Target16& target, const TiffHeader& h, const StripLayout& l, DecodePath path);
-unsigned int packBitsTo16(FileBuffer& fb, Target16& target, const TiffHeader& h, const StripLayout& l);
+unsigned int packBitsTo16(FileBuffer& fb, Target16& target, const TiffHeader& h, const StripLayout& l, DecodePath path);
 
 // Float samples into 16-bit targets (narrowed by the float rule) and into
 // float targets (unchanged); Target is Target16 or Targetf.
@@ -43,4 +43,5 @@ template <class Target>
 unsigned int lzwFloatToWide(FileBuffer& fb, Target& target, const TiffHeader& h, const StripLayout& l,
                             DecodePath path);
 template <class Target>
-unsigned int packBitsFloatToWide(FileBuffer& fb, Target& target, const TiffHeader& h, const StripLayout& l);
+unsigned int packBitsFloatToWide(FileBuffer& fb, Target& target, const TiffHeader& h, const StripLayout& l,
+                                 DecodePath path);

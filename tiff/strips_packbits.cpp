@@ -5,6 +5,7 @@
 
 #include "tiff/rows8_fast.h"
 #include "tiff/packbits.h"
+#include "tiff/strips_packbits_fast.h"
 
 namespace decode8 {
 
@@ -139,8 +140,10 @@ unsigned int packBitsFloatTo8(Call& call)
 
 using namespace vkP;
 
-unsigned int packBitsTo16(FileBuffer& fb, Target16& target, const TiffHeader& h, const StripLayout& l)
+unsigned int packBitsTo16(FileBuffer& fb, Target16& target, const TiffHeader& h, const StripLayout& l, DecodePath path)
 {
+    if (fastPackBitsWide(path, target, l))
+        return packBitsTo16Fast(fb, target, h, l);
     unsigned char sample[2] = {0, 0};
     // Byte pairs are taken high byte first in either file byte order.
     return wide::decodePackBitsStrips(fb, h, l, target.capacity, sample,
@@ -152,8 +155,11 @@ unsigned int packBitsTo16(FileBuffer& fb, Target16& target, const TiffHeader& h,
 // Four bytes make one float in memory order, no swap for either byte order;
 // the sample buffer starts as the bytes of 1.0.
 template <class Target>
-unsigned int packBitsFloatToWide(FileBuffer& fb, Target& target, const TiffHeader& h, const StripLayout& l)
+unsigned int packBitsFloatToWide(FileBuffer& fb, Target& target, const TiffHeader& h, const StripLayout& l,
+                                 DecodePath path)
 {
+    if (fastPackBitsWide(path, target, l))
+        return packBitsFloatToWideFast(fb, target, h, l);
     const float one = 1.0f;
     unsigned char sample[4];
     std::memcpy(sample, &one, sizeof sample);
@@ -164,5 +170,5 @@ unsigned int packBitsFloatToWide(FileBuffer& fb, Target& target, const TiffHeade
     });
 }
 
-template unsigned int packBitsFloatToWide(FileBuffer&, Target16&, const TiffHeader&, const StripLayout&);
-template unsigned int packBitsFloatToWide(FileBuffer&, Targetf&, const TiffHeader&, const StripLayout&);
+template unsigned int packBitsFloatToWide(FileBuffer&, Target16&, const TiffHeader&, const StripLayout&, DecodePath);
+template unsigned int packBitsFloatToWide(FileBuffer&, Targetf&, const TiffHeader&, const StripLayout&, DecodePath);

@@ -1,5 +1,6 @@
 // strips_packbits_fast.cpp - fast PackBits strips into 8-bit RGBA: packets from memory, bytes stored without calls
 #include <cstring>
+#include <type_traits>
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
@@ -255,3 +256,125 @@ unsigned int packBitsFloatTo8Fast(Call& call)
 }
 
 } // namespace decode8
+
+namespace {
+
+using wide::StripLayout;
+
+// The walk of decodePackBitsStrips with the same packets, stops, positions
+// and element indices: sample number c of a row goes to channel c mod
+// perPixel of pixel c ÷ perPixel, counted incrementally. The precondition
+// rules out any wrap of the 32-bit index, so it is formed in 64 bits here.
+template <size_t N, class Store>
+unsigned int packBitsWideStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, const StripLayout& l,
+                                uint32_t capacity, unsigned char (&sample)[N], Store&& store)
+{
+    const uint32_t perPixel = l.alpha ? 4 : 3;
+    const uint32_t rowSamples = l.width * l.samples;
+    const uint64_t channels = uint64_t(capacity) * 4;
+    return forEachStrip(l.strips, l.rowsPerStrip, [&](uint32_t s, uint32_t y0) -> unsigned int {
+        fb.setBufPosition(static_cast<long long>(h.stripOffsets[s]));
+        uint32_t r = 0;
+        uint32_t c = 0;
+        uint32_t pixel = 0;
+        uint32_t channel = 0;
+        uint32_t count = 0;
+        uint64_t rowFirst = uint64_t(y0) * l.width * 4;
+        const auto place = [&] {
+            const uint64_t index = rowFirst + uint64_t(pixel) * 4 + channel;
+            if (index < channels)
+                store(uint32_t(index), static_cast<const unsigned char*>(sample));
+            if (++channel == perPixel) {
+                channel = 0;
+                ++pixel;
+            }
+            if (++c >= rowSamples) {
+                ++r;
+                c = 0;
+                pixel = 0;
+                channel = 0;
+                rowFirst += uint64_t(l.width) * 4;
+            }
+        };
+        const auto byte = [&](unsigned char& v) {
+            const uint32_t k = count++ % N;
+            sample[k] = v;
+            if (k == N - 1)
+                place();
+        };
+        walkPackBitsFast(
+            fb,
+            [&](const unsigned char* bytes, uint32_t n, unsigned char& value) {
+                uint32_t i = 0;
+                for (; i < n && count % N != 0; ++i) {
+                    value = bytes[i];
+                    byte(value);
+                }
+                for (; i + N <= n; i += N) {
+                    std::memcpy(sample, bytes + i, N);
+                    count += N;
+                    place();
+                }
+                for (; i < n; ++i) {
+                    value = bytes[i];
+                    byte(value);
+                }
+                value = bytes[n - 1];
+            },
+            [&](unsigned char& value, uint32_t n) {
+                uint32_t i = 0;
+                for (; i < n && count % N != 0; ++i)
+                    byte(value);
+                if (i + N <= n) {
+                    std::memset(sample, value, N);
+                    for (; i + N <= n; i += N) {
+                        count += N;
+                        place();
+                    }
+                }
+                for (; i < n; ++i)
+                    byte(value);
+            },
+            byte, [&] { return y0 + r >= l.length || r >= l.rowsPerStrip; });
+        return vkStatusOk;
+    });
+}
+
+} // namespace
+
+unsigned int packBitsTo16Fast(vkP::_imgFileBuffer& fb, vkP::_imgRGBABuffer16& target, const TiffHeader& h,
+                              const StripLayout& l)
+{
+    unsigned char sample[2] = {0, 0};
+    unsigned char* words = target.pixels;
+    // Byte pairs are taken high byte first in either file byte order.
+    return packBitsWideStrips(fb, h, l, target.capacity, sample, [words](uint32_t index, const unsigned char* s) {
+        const uint16_t v = uint16_t(s[0] << 8 | s[1]);
+        std::memcpy(words + size_t(index) * 2, &v, sizeof v);
+    });
+}
+
+template <class Target>
+unsigned int packBitsFloatToWideFast(vkP::_imgFileBuffer& fb, Target& target, const TiffHeader& h,
+                                     const StripLayout& l)
+{
+    const float one = 1.0f;
+    unsigned char sample[4];
+    std::memcpy(sample, &one, sizeof sample);
+    unsigned char* channels = target.pixels;
+    return packBitsWideStrips(fb, h, l, target.capacity, sample, [channels](uint32_t index, const unsigned char* s) {
+        float v;
+        std::memcpy(&v, s, sizeof v);
+        if constexpr (std::is_same_v<Target, vkP::_imgRGBABuffer16>) {
+            const uint16_t w = vkP::channel16(v);
+            std::memcpy(channels + size_t(index) * 2, &w, sizeof w);
+        } else {
+            std::memcpy(channels + size_t(index) * 4, s, 4);
+        }
+    });
+}
+
+template unsigned int packBitsFloatToWideFast(vkP::_imgFileBuffer&, vkP::_imgRGBABuffer16&, const TiffHeader&,
+                                              const StripLayout&);
+template unsigned int packBitsFloatToWideFast(vkP::_imgFileBuffer&, vkP::_imgRGBABufferf&, const TiffHeader&,
+                                              const StripLayout&);

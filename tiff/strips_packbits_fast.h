@@ -3,6 +3,7 @@
 
 #include "shared/image/file_buffer.h"
 #include "tiff/packbits.h"
+#include "tiff/strip_loops_wide.h"
 
 // True when the packet whose header byte is at pos (header n: n + 1 literal
 // bytes, or one run byte) lies wholly below `end`, so that every read of it
@@ -48,3 +49,13 @@ void walkPackBitsFast(vkP::_imgFileBuffer& fb, Literal&& literal, Run&& run, Sin
             return;
     }
 }
+
+// PackBits strips into 16-bit and float targets, placed exactly as
+// decodePackBitsStrips (strip_loops_wide.h) places them, whole packets taken
+// from memory and samples stored straight into the pixel array. Only where
+// fastPackBitsWide holds: no element index can wrap at 32 bits.
+unsigned int packBitsTo16Fast(vkP::_imgFileBuffer& fb, vkP::_imgRGBABuffer16& target, const TiffHeader& h,
+                              const wide::StripLayout& l);
+template <class Target>
+unsigned int packBitsFloatToWideFast(vkP::_imgFileBuffer& fb, Target& target, const TiffHeader& h,
+                                     const wide::StripLayout& l);
