@@ -92,6 +92,16 @@ inline void storeChannel(vkP::_imgRGBABuffer16& target, uint32_t index, const fl
 }
 inline void storeChannel(vkP::_imgRGBABufferf& target, uint32_t index, const float& v) { target.writeFloat(index, v); }
 
+// What the LZW strip loop of one call works with.
+struct LzwStripPlan {
+    uint32_t scratchBytes;     // the scratch's size (scratch.h)
+    uint32_t bytesPerPixel;    // asked of the decoder per pixel of a strip
+    unsigned int shortStatus;  // the status of a strip that decodes short
+    Visible visible;           // what the target shows
+    uint32_t cut;              // bytes of a strip's data kept for the shown pixels
+    uint32_t touched;          // bytes zeroed once, at least `cut`
+};
+
 // LZW strips: allocates and zeroes the scratch of `scratchBytes` once per call
 // (also when there are no strips), then per strip starts the decoder at the
 // strip's offset (refusal: vkStatusUnsupported), decodes lzwStripBytes (another
@@ -108,10 +118,15 @@ inline void storeChannel(vkP::_imgRGBABufferf& target, uint32_t index, const flo
 // its rows go to emitRows(scratch, y0, rows) instead.
 template <class AfterDecode, class Emit, class EmitRows>
 unsigned int decodeLZWStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, const StripLayout& l,
-                             uint32_t scratchBytes, uint32_t bytesPerPixel, unsigned int shortStatus, const Visible& v,
-                             uint32_t cut, uint32_t touched, DecodePath path, AfterDecode&& afterDecode, Emit&& emit,
+                             const LzwStripPlan& plan, DecodePath path, AfterDecode&& afterDecode, Emit&& emit,
                              EmitRows&& emitRows)
 {
+    const uint32_t scratchBytes = plan.scratchBytes;
+    const uint32_t bytesPerPixel = plan.bytesPerPixel;
+    const unsigned int shortStatus = plan.shortStatus;
+    const Visible& v = plan.visible;
+    const uint32_t cut = plan.cut;
+    const uint32_t touched = plan.touched;
     std::unique_ptr<unsigned char[]> scratch(new (std::nothrow) unsigned char[scratchBytes]);
     if (!scratch)
         return vkStatusNoMemory;

@@ -183,7 +183,7 @@ unsigned int lzwTo16(FileBuffer& fb, Target16& target, const TiffHeader& h, cons
             p.a = wide::unitAt(scratch, base + 6);
     };
     return wide::decodeLZWStrips(
-        fb, h, l, bytes, unitsPerPixel, vkStatusUnsupported, v, cut, touched, path,
+        fb, h, l, wide::LzwStripPlan{bytes, unitsPerPixel, vkStatusUnsupported, v, cut, touched}, path,
         [&](unsigned char* scratch) {
             if (h.predictor == tiffPredictorHorizontal)
                 undoPredictor(scratch, l.width, predictorRows, l.samples, l.alpha, 2);
@@ -220,7 +220,9 @@ unsigned int lzwFloatToWide(FileBuffer& fb, Target& target, const TiffHeader& h,
         wide::setChannel(q.r, wide::floatAt(scratch, p));
     };
     return wide::decodeLZWStrips(
-        fb, h, l, bytes, 4 * l.samples, vkStatusCorruptData, v, wide::shownReach(l, v, l.samples, 3, 4, bytes), 0, path,
+        fb, h, l,
+        wide::LzwStripPlan{bytes, 4 * l.samples, vkStatusCorruptData, v, wide::shownReach(l, v, l.samples, 3, 4, bytes), 0},
+        path,
         [](unsigned char*) {},
         [&](const unsigned char* scratch, uint32_t pixel, uint32_t x, uint32_t y) {
             fetch(scratch, pixel, px);
