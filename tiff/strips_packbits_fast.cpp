@@ -1,4 +1,5 @@
 // strips_packbits_fast.cpp - fast PackBits strips into 8-bit RGBA: packets from memory, bytes stored without calls
+#include <algorithm>
 #include <cstring>
 #include <type_traits>
 #if defined(__SSE2__)
@@ -302,6 +303,41 @@ unsigned int packBitsWideStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, co
             if (k == N - 1)
                 place();
         };
+        // Up to `most` whole samples from `from` (stride: N bytes, or 0 for a
+        // run) that all fall in the current row and the target, in one loop
+        // without the row and bounds checks; returns how many it placed.
+        const auto placeRun = [&](const unsigned char* from, uint32_t stride, uint32_t most) -> uint32_t {
+            if (rowSamples == 0)
+                return 0;
+            const uint32_t k = std::min(most, rowSamples - c);
+            const uint64_t first = rowFirst + uint64_t(pixel) * 4 + channel;
+            const uint64_t last = rowFirst + (uint64_t(pixel) + (channel + k) / perPixel) * 4 + 3;
+            if (k < 8 || last >= channels)
+                return 0;
+            uint64_t index = first;
+            uint32_t ch = channel;
+            for (uint32_t j = 0; j < k; ++j, from += stride) {
+                store(uint32_t(index), from);
+                ++index;
+                if (++ch == perPixel) {
+                    ch = 0;
+                    index += 4 - perPixel;
+                }
+            }
+            count += k * uint32_t(N);
+            const uint32_t spanned = channel + k;
+            pixel += spanned / perPixel;
+            channel = spanned % perPixel;
+            c += k;
+            if (c >= rowSamples) {
+                ++r;
+                c = 0;
+                pixel = 0;
+                channel = 0;
+                rowFirst += uint64_t(l.width) * 4;
+            }
+            return k;
+        };
         walkPackBitsFast(
             fb,
             [&](const unsigned char* bytes, uint32_t n, unsigned char& value) {
@@ -310,10 +346,17 @@ unsigned int packBitsWideStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, co
                     value = bytes[i];
                     byte(value);
                 }
-                for (; i + N <= n; i += N) {
+                while (i + N <= n) {
+                    const uint32_t k = placeRun(bytes + i, N, (n - i) / N);
+                    if (k != 0) {
+                        i += k * uint32_t(N);
+                        std::memcpy(sample, bytes + i - N, N);
+                        continue;
+                    }
                     std::memcpy(sample, bytes + i, N);
                     count += N;
                     place();
+                    i += N;
                 }
                 for (; i < n; ++i) {
                     value = bytes[i];
@@ -327,9 +370,15 @@ unsigned int packBitsWideStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, co
                     byte(value);
                 if (i + N <= n) {
                     std::memset(sample, value, N);
-                    for (; i + N <= n; i += N) {
+                    while (i + N <= n) {
+                        const uint32_t k = placeRun(sample, 0, (n - i) / N);
+                        if (k != 0) {
+                            i += k * uint32_t(N);
+                            continue;
+                        }
                         count += N;
                         place();
+                        i += N;
                     }
                 }
                 for (; i < n; ++i)
