@@ -34,7 +34,7 @@ dpkg --print-foreign-architectures | grep -qx i386 || dpkg --add-architecture i3
 version=$(dpkg-query -W -f='${Version}' wine64)
 debs=$(mktemp -d)
 trap 'rm -rf "$debs"' EXIT
-chmod 755 "$debs" # apt downloads as its own user
+chown _apt "$debs" 2>/dev/null || chmod 777 "$debs" # apt downloads as its own user
 (cd "$debs" && apt-get download "wine32:i386=$version" "libwine:i386=$version")
 mkdir -p "$dir"
 for deb in "$debs"/*.deb; do
