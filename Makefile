@@ -14,6 +14,12 @@ FUZZ_SECONDS ?= 60
 CLANG_FUZZ_FLAGS := -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_C_COMPILER=clang -DVKTIFF_BUILD_FUZZERS=ON \
 	-DVKTIFF_BUILD_HOST=OFF -DVKTIFF_BUILD_TESTS=OFF
 BENCH := $(BUILD)/bench
+# 32-bit Windows: vktiff.dll cross-built with mingw-w64, tests run by a private 32-bit Wine.
+W32 := $(BUILD)/win32
+WINE32 := $(abspath $(BUILD))/wine32
+W32_TOOLCHAIN := $(CURDIR)/cmake/mingw-i686.cmake
+PROBE_W32 := $(BUILD)/probe-win32
+PROBE_M32 := $(BUILD)/probe-m32
 # Extra arguments for the benchmark program, e.g. BENCH_ARGS=--benchmark_filter=lzw
 BENCH_ARGS ?=
 # An earlier results.json whose plug-in figures are shown beside the new ones:
@@ -21,6 +27,7 @@ BENCH_ARGS ?=
 BENCH_BEFORE ?= bench/results_before_fast_paths.json
 
 .PHONY: all native m32 asan tsan run test test-native test-m32 test-asan test-tsan fuzz fuzz-build fuzz-coverage bench clean
+.PHONY: win32 wine32 probe-m32 test-win32
 
 all: native
 
@@ -62,6 +69,30 @@ tsan:
 
 test-tsan: tsan
 	$(CTEST) --test-dir $(TSAN) -R '^test_concurrency$$' --output-on-failure
+
+# vktiff.dll and its import library (build/win32/bin/, build/win32/libvktiff.dll.a), the
+# test programs beside it, and the probe host built on its own (build/probe-win32/vkprobe.exe).
+win32:
+	$(CMAKE) -S host/probe -B $(PROBE_W32) --toolchain $(W32_TOOLCHAIN) -DCMAKE_BUILD_TYPE=RelWithDebInfo
+	$(CMAKE) --build $(PROBE_W32) -j $(JOBS)
+	$(CMAKE) -S . -B $(W32) --toolchain $(W32_TOOLCHAIN) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVKTIFF_BUILD_HOST=OFF \
+		-DVKTIFF_WINE32=$(WINE32) -DVKTIFF_PROBE=$(abspath $(PROBE_W32))/vkprobe.exe \
+		-DVKTIFF_PROBE_REFERENCE=$(abspath $(PROBE_M32))/samples.txt
+	$(CMAKE) --build $(W32) -j $(JOBS)
+
+# The private 32-bit Wine (and the cross compiler), installed once; needs root the first time.
+wine32:
+	.ci/install_wine32.sh $(WINE32)
+
+# The probe host for Linux -m32 and what it prints over samples/: the lines the Windows build must repeat.
+probe-m32: m32
+	$(CMAKE) -S host/probe -B $(PROBE_M32) -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+		"-DCMAKE_CXX_FLAGS=-m32 -msse2 -mfpmath=sse" -DCMAKE_EXE_LINKER_FLAGS=-m32
+	$(CMAKE) --build $(PROBE_M32) -j $(JOBS)
+	$(PROBE_M32)/vkprobe $(M32)/libvktiff.so samples > $(PROBE_M32)/samples.txt
+
+test-win32: wine32 win32 probe-m32
+	$(CTEST) --test-dir $(W32) --output-on-failure -j $(JOBS)
 
 # libFuzzer targets (clang, ASan+UBSan): each runs FUZZ_SECONDS (default 60);
 # new crashers are kept in $(FUZZ)/crashers/<target>/.

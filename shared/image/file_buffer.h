@@ -1,6 +1,8 @@
 // file_buffer.h - the host's in-memory image of a file: 64-bit sizes, bounds-checked endian-aware reads and writes
 #pragma once
 
+#include <cstddef>
+
 #include "plugin/vk_api.h"
 
 namespace vkP {
@@ -61,5 +63,25 @@ public:
     bool writeBuffer(unsigned char* src, const int& n);
     bool writeString(const char* s);
 };
+
+// The one record whose layout differs between the 32-bit ABIs: Linux i386
+// aligns long long to 4 bytes, Windows (mingw and MSVC's default packing
+// alike) to 8, as x86-64 does. A host shares it with the plug-in built for
+// its own platform.
+#if defined(__i386__) && !defined(_WIN32)
+static_assert(offsetof(_imgFileBuffer, bufferSize) == 4, "file buffer layout, Linux i386");
+static_assert(offsetof(_imgFileBuffer, sizeLoaded) == 12, "file buffer layout, Linux i386");
+static_assert(offsetof(_imgFileBuffer, fileSize) == 20, "file buffer layout, Linux i386");
+static_assert(offsetof(_imgFileBuffer, bufPosition) == 28, "file buffer layout, Linux i386");
+static_assert(offsetof(_imgFileBuffer, dataBigEndian) == 36, "file buffer layout, Linux i386");
+static_assert(sizeof(_imgFileBuffer) == 40 && alignof(_imgFileBuffer) == 4, "file buffer layout, Linux i386");
+#elif defined(__i386__) || defined(_M_IX86) || defined(__x86_64__) || defined(_M_X64)
+static_assert(offsetof(_imgFileBuffer, bufferSize) == 8, "file buffer layout, Windows i686 and x86-64");
+static_assert(offsetof(_imgFileBuffer, sizeLoaded) == 16, "file buffer layout, Windows i686 and x86-64");
+static_assert(offsetof(_imgFileBuffer, fileSize) == 24, "file buffer layout, Windows i686 and x86-64");
+static_assert(offsetof(_imgFileBuffer, bufPosition) == 32, "file buffer layout, Windows i686 and x86-64");
+static_assert(offsetof(_imgFileBuffer, dataBigEndian) == 40, "file buffer layout, Windows i686 and x86-64");
+static_assert(sizeof(_imgFileBuffer) == 48 && alignof(_imgFileBuffer) == 8, "file buffer layout, Windows i686 and x86-64");
+#endif
 
 } // namespace vkP
