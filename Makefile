@@ -65,7 +65,7 @@ run:
 	$(NATIVE)/host/vkhost info samples/*.tif || [ $$? -eq 3 ]
 	rm -f $(OUT)/*.png $(OUT)/*.pfm
 	$(NATIVE)/host/vkhost convert samples --out-dir $(OUT) || [ $$? -eq 3 ]
-	@echo "PNGs written to $(CURDIR)/$(OUT)/:" && ls $(OUT)/*.png
+	@echo "PNGs written to $(CURDIR)/$(OUT)/ (samples/broken.tif is refused on purpose):" && ls $(OUT)/*.png
 	@echo "vkhost is $(CURDIR)/$(NATIVE)/host/vkhost (try --help)"
 
 # Results go to ctest.xml in each tree, for the summary at the end of `make test`.
