@@ -62,15 +62,16 @@ check)
 install)
     lacking=$(missing "$@")
     [ -n "$lacking" ] || exit 0
-    echo "installing for $*: ${lacking% }"
     if [ "$(id -u)" = 0 ]; then
-        apt_install "" $lacking
+        as_root=""
     elif command -v sudo >/dev/null 2>&1 && { sudo -n true 2>/dev/null || [ -t 0 ]; }; then
-        apt_install sudo $lacking
+        as_root=sudo
     else
-        echo "deps.sh: not root and no sudo: as root, run: apt-get install --no-install-recommends ${lacking% }" >&2
+        echo "deps.sh: missing for $*, and neither root nor sudo here to install them; as root: apt-get install --no-install-recommends ${lacking% }" >&2
         exit 1
-    fi ;;
+    fi
+    echo "installing for $*: ${lacking% }"
+    apt_install "$as_root" $lacking ;;
 *)
     echo "deps.sh: unknown action $action (install, check or list)" >&2; exit 2 ;;
 esac
