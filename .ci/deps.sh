@@ -56,7 +56,7 @@ list)
 check)
     lacking=$(missing "$@")
     if [ -n "$lacking" ]; then
-        echo "missing for $*: ${lacking% } (make installs them; or: apt-get install --no-install-recommends ${lacking% })" >&2
+        echo "missing for $*: ${lacking% } (make test or make run installs them; or as root: apt-get install --no-install-recommends ${lacking% })" >&2
         exit 1
     fi ;;
 install)
