@@ -15,13 +15,14 @@ packages() {
     case $1 in
     run) echo make cmake g++ libpng-dev ;;
     # The oracles write and read TIFFs with PIL, tifffile and tiffcp; clang
-    # builds the fuzz smoke run.
+    # builds the fuzz smoke run (its sanitizer and libFuzzer runtimes are only
+    # recommended by clang, so named here).
     native) echo make cmake g++ libpng-dev libgtest-dev python3-pil python3-numpy python3-tifffile libtiff-tools \
-        clang ;;
+        clang libclang-rt-dev ;;
     m32) echo make cmake g++ g++-multilib libgtest-dev python3-pil python3-numpy python3-tifffile libtiff-tools ;;
     asan) echo make cmake g++ libpng-dev libgtest-dev python3-pil python3-numpy python3-tifffile libtiff-tools ;;
     tsan) echo make cmake g++ libgtest-dev ;;
-    fuzz) echo make cmake clang llvm python3 ;;
+    fuzz) echo make cmake clang libclang-rt-dev llvm python3 ;;
     bench) echo make cmake g++ libbenchmark-dev libtiff-dev libtiff-tools python3-numpy python3-tifffile ;;
     test) for g in native m32 asan tsan; do packages $g; done ;;
     # A configuration added later puts its group here (and into `test`).
