@@ -1,5 +1,12 @@
 # Top-level commands: `make run` (the main job) and `make test` (every configuration, every test).
+# Both first install the Debian packages the machine lacks (.ci/deps.sh: as root,
+# or through sudo); each configuration checks its own before it builds.
 BUILD ?= build
+DEPS := sh .ci/deps.sh
+OUT ?= out
+# The test configurations `make test` runs, in order; each has a test-NAME target
+# and a .ci/deps.sh group of the same name.
+TEST_CONFIGS ?= native m32 asan tsan
 JOBS ?= $(shell nproc)
 CMAKE ?= cmake
 CTEST ?= ctest
@@ -26,49 +33,78 @@ BENCH_ARGS ?=
 # by default the plug-in before its fast paths, on the machine of BENCHMARKS.md
 BENCH_BEFORE ?= bench/results_before_fast_paths.json
 
-.PHONY: all native m32 asan tsan run test test-native test-m32 test-asan test-tsan fuzz fuzz-build fuzz-coverage bench clean
+.PHONY: all native m32 asan tsan run vkhost test test-native test-m32 test-asan test-tsan fuzz fuzz-build fuzz-coverage \
+	bench clean
 .PHONY: win32 wine32 probe-m32 test-win32
 
 all: native
 
 native:
-	$(CMAKE) -S . -B $(NATIVE) -DCMAKE_BUILD_TYPE=RelWithDebInfo
+	@$(DEPS) check native
+	$(CMAKE) -S . -B $(NATIVE) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVKTIFF_BUILD_TESTS=ON
 	$(CMAKE) --build $(NATIVE) -j $(JOBS)
 
 m32:
+	@$(DEPS) check m32
 	$(CMAKE) -S . -B $(M32) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVKTIFF_M32=ON -DVKTIFF_BUILD_HOST=OFF
 	$(CMAKE) --build $(M32) -j $(JOBS)
 
 asan:
+	@$(DEPS) check asan
 	$(CMAKE) -S . -B $(ASAN) -DCMAKE_BUILD_TYPE=Debug -DVKTIFF_SANITIZE="address;undefined"
 	$(CMAKE) --build $(ASAN) -j $(JOBS)
 
-# vkhost exits 3 when it tried every file but some failed: samples/broken.tif
-# fails on purpose, so that outcome is printed but does not fail `make run`;
-# any other failure (1, 2, a crash) does.
-run: native
+# The library and vkhost alone, in the native tree (its tests are left out
+# until `make test` builds them, so GoogleTest is not needed here).
+vkhost:
+	@$(DEPS) check run
+	$(CMAKE) -S . -B $(NATIVE) -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+		$(if $(wildcard $(NATIVE)/CMakeCache.txt),,-DVKTIFF_BUILD_TESTS=OFF)
+	$(CMAKE) --build $(NATIVE) -j $(JOBS) --target vkhost
+
+# vkhost exits 3 when some but not all files failed: samples/broken.tif fails
+# on purpose, so that outcome is printed but does not fail `make run`; any
+# other failure (1 when nothing was converted, 2, a crash) does. Earlier
+# pictures are removed first, so that what is listed is what this run wrote.
+run:
+	@$(DEPS) install run
+	@$(MAKE) --no-print-directory vkhost
 	$(NATIVE)/host/vkhost info samples/*.tif || [ $$? -eq 3 ]
-	$(NATIVE)/host/vkhost convert samples --out-dir out || [ $$? -eq 3 ]
-	@echo "PNGs written to $(CURDIR)/out/:" && ls out/*.png
+	rm -f $(OUT)/*.png $(OUT)/*.pfm
+	$(NATIVE)/host/vkhost convert samples --out-dir $(OUT) || [ $$? -eq 3 ]
+	@echo "PNGs written to $(CURDIR)/$(OUT)/ (samples/broken.tif is refused on purpose):" && ls $(OUT)/*.png
+	@echo "vkhost is $(CURDIR)/$(NATIVE)/host/vkhost (try --help)"
+
+# Results go to ctest.xml in each tree, for the summary at the end of `make test`.
+ctest_args = --output-on-failure --output-junit $(CURDIR)/$(1)/ctest.xml
 
 test-native: native
-	$(CTEST) --test-dir $(NATIVE) --output-on-failure -j $(JOBS)
+	@rm -f $(NATIVE)/ctest.xml
+	$(CTEST) --test-dir $(NATIVE) $(call ctest_args,$(NATIVE)) -j $(JOBS)
 
 test-m32: m32
-	$(CTEST) --test-dir $(M32) --output-on-failure -j $(JOBS)
+	@rm -f $(M32)/ctest.xml
+	$(CTEST) --test-dir $(M32) $(call ctest_args,$(M32)) -j $(JOBS)
 
 test-asan: asan
-	$(CTEST) --test-dir $(ASAN) --output-on-failure -j $(JOBS)
+	@rm -f $(ASAN)/ctest.xml
+	$(CTEST) --test-dir $(ASAN) $(call ctest_args,$(ASAN)) -j $(JOBS)
 
-test: test-native test-m32 test-asan test-tsan
+# Every configuration runs even when one fails; one summary closes the run.
+test:
+	@$(DEPS) install test
+	@rc=0; for c in $(TEST_CONFIGS); do $(MAKE) --no-print-directory test-$$c || rc=1; done; \
+		sh .ci/summary.sh $(BUILD) $(TEST_CONFIGS) || rc=1; exit $$rc
 
 # ThreadSanitizer: decodes on several threads at once, compared with sequential results.
 tsan:
+	@$(DEPS) check tsan
 	$(CMAKE) -S . -B $(TSAN) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVKTIFF_SANITIZE=thread -DVKTIFF_BUILD_HOST=OFF
 	$(CMAKE) --build $(TSAN) -j $(JOBS) --target test_concurrency
 
 test-tsan: tsan
-	$(CTEST) --test-dir $(TSAN) -R '^test_concurrency$$' --output-on-failure
+	@rm -f $(TSAN)/ctest.xml
+	$(CTEST) --test-dir $(TSAN) -R '^test_concurrency$$' $(call ctest_args,$(TSAN))
 
 # vktiff.dll and its import library (build/win32/bin/, build/win32/libvktiff.dll.a), the
 # test programs beside it, and the probe host built on its own (build/probe-win32/vkprobe.exe).
@@ -97,6 +133,7 @@ test-win32: wine32 win32 probe-m32
 # libFuzzer targets (clang, ASan+UBSan): each runs FUZZ_SECONDS (default 60);
 # new crashers are kept in $(FUZZ)/crashers/<target>/.
 fuzz-build:
+	@$(DEPS) check fuzz
 	$(CMAKE) -S . -B $(FUZZ) $(CLANG_FUZZ_FLAGS) -DCMAKE_BUILD_TYPE=RelWithDebInfo "-DVKTIFF_SANITIZE=address;undefined"
 	$(CMAKE) --build $(FUZZ) -j $(JOBS)
 
@@ -105,6 +142,7 @@ fuzz: fuzz-build
 
 # Line coverage of tiff/ reached by the fuzz corpus (source-based, llvm-cov-14).
 fuzz-coverage:
+	@$(DEPS) check fuzz
 	$(CMAKE) -S . -B $(FUZZ_COVERAGE) $(CLANG_FUZZ_FLAGS) -DCMAKE_BUILD_TYPE=Debug \
 		"-DCMAKE_CXX_FLAGS=-fprofile-instr-generate -fcoverage-mapping"
 	$(CMAKE) --build $(FUZZ_COVERAGE) -j $(JOBS)
@@ -113,6 +151,7 @@ fuzz-coverage:
 # Decode speed beside libtiff on generated 4096 x 4096 images (Release, -O2,
 # native); writes the table with the machine it ran on to BENCHMARKS.md.
 bench:
+	@$(DEPS) check bench
 	$(CMAKE) -S . -B $(BENCH) -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_FLAGS_RELEASE="-O2 -DNDEBUG" \
 		-DVKTIFF_BUILD_BENCH=ON -DVKTIFF_BUILD_TESTS=OFF -DVKTIFF_BUILD_HOST=OFF
 	$(CMAKE) --build $(BENCH) -j $(JOBS) --target vktiff_bench bench_inputs
@@ -122,4 +161,4 @@ bench:
 	/usr/bin/python3 bench/write_table.py $(BENCH) $(BENCH_BEFORE) > BENCHMARKS.md
 
 clean:
-	rm -rf $(BUILD) out
+	rm -rf $(BUILD) $(OUT)

@@ -117,5 +117,6 @@ int runBatch(const PluginLibrary& plugin, const std::vector<std::string>& inputs
     std::printf("converted %zu of %zu files to %s: %llu pixels in %.3f s on %u thread%s, %zu failed\n",
                 jobs.size() - failed, jobs.size(), options.outDir.c_str(), pixels, seconds, threads,
                 threads == 1 ? "" : "s", failed);
-    return failed == 0 ? exitOk : exitSomeFailed;
+    if (failed == 0) return exitOk;
+    return failed == jobs.size() ? exitFailure : exitSomeFailed;
 }

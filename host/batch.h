@@ -16,6 +16,6 @@ struct BatchOptions {
 // Converts each input file, and each file in an input directory whose name
 // matches the plug-in's masks, to outDir/<name><extension>. Prints one line
 // per failed file (stderr, in input order) and a summary line (stdout).
-// Returns exitOk, exitSomeFailed when some files failed, or exitFailure
-// (with a message) when nothing could be started.
+// Returns exitOk, exitSomeFailed when some but not all files failed, or
+// exitFailure when every file failed or (with a message) nothing could be started.
 int runBatch(const PluginLibrary& plugin, const std::vector<std::string>& inputs, const BatchOptions& options);

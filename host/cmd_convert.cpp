@@ -64,6 +64,8 @@ std::string parse(const std::vector<std::string>& args, ConvertArgs& parsed) {
             convert.maxPixels = number;
         } else if (arg == "--false-colour") {
             convert.falseColour = true;
+        } else if (arg == "--force") {
+            convert.followLinks = true;
         } else if (arg == "--head") {
             convert.load.headFirst = true;
         } else if (!arg.empty() && arg[0] == '-') {

@@ -66,5 +66,5 @@ int runInfo(PluginLibrary& plugin, const std::vector<std::string>& args) {
     if (failed == 0) return exitOk;
     std::fflush(stdout);
     std::fprintf(stderr, "vkhost: %zu of %zu files could not be read\n", failed, files.size());
-    return exitSomeFailed;
+    return failed == files.size() ? exitFailure : exitSomeFailed;
 }

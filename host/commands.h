@@ -16,10 +16,10 @@ struct Command {
     CommandFn run;
 };
 
-constexpr int exitOk = 0;
-constexpr int exitFailure = 1;
+constexpr int exitOk = 0;         // every file was read or converted
+constexpr int exitFailure = 1;    // nothing could be done, or every file failed
 constexpr int exitUsage = 2;
-constexpr int exitSomeFailed = 3; // every file was tried, but some could not be read or converted
+constexpr int exitSomeFailed = 3; // every file was tried; some, but not all, could not be read or converted
 
 // Prints "vkhost: <message>" on stderr and returns exitFailure.
 int fail(const std::string& message);

@@ -47,8 +47,9 @@ const char* outputExtension(const ConvertOptions& options) {
 
 bool convertFile(const PluginLibrary& plugin, const std::string& input, const std::string& output,
                  const ConvertOptions& options, unsigned long long& pixels, std::string& error) {
+    std::string target, why;
+    if (!checkOutput(output, input, options.followLinks, target, error)) return false;
     ImageFile image;
-    std::string why;
     if (!loadHeader(plugin, input, options.load, image, why)) {
         error = why;
         return false;
@@ -62,7 +63,7 @@ bool convertFile(const PluginLibrary& plugin, const std::string& input, const st
         error = input + ": " + why;
         return false;
     }
-    OutputFile out(output);
+    OutputFile out(target, output);
     if (!out.open(why) || !writePicture(out.stream(), decoded, options, why) || !out.commit(why)) {
         error = input + ": " + why;
         return false;

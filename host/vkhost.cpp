@@ -11,7 +11,7 @@ namespace {
 const Command commands[] = {
     {"about", "", "load the plug-in, do the imgInfo handshake and print its description", runAbout},
     {"info", "[--head] FILE...", "read each file's header and print one line about it", runInfo},
-    {"convert", "FILE -o OUT [OPTIONS]", "decode one file to a PNG (or PFM)", runConvert},
+    {"convert", "FILE -o OUT [OPTIONS]", "decode one file to a PNG (or PFM); OUT - is standard output", runConvert},
     {"convert", "FILES_OR_DIRS... --out-dir DIR [-j N] [OPTIONS]",
      "decode many files (directories: their *.tif/*.tiff) on N threads", runConvert},
 };
@@ -35,11 +35,20 @@ void printUsage(std::FILE* to) {
                  "                      imgLoadHeader (also for info); the whole file when it needs more\n"
                  "  --max-pixels N      refuse images of more than N pixels (default 256000000)\n"
                  "  -j N                threads for --out-dir (default: number of cores)\n"
-                 "\nexit status: 0 success, 1 failure, 2 usage error, 3 some of several files failed\n"
-                 "\nexample:\n"
+                 "  --force             an output that is a symbolic link: write to the file it points to\n"
+                 "\noutputs: written under a temporary name and renamed into place when complete. convert\n"
+                 "refuses, before decoding, an output that is the input file, a directory, a device, a FIFO,\n"
+                 "a socket or (without --force) a symbolic link, and one whose folder does not exist.\n"
+                 "\nexit status:\n"
+                 "  0  every file was read or converted\n"
+                 "  1  nothing could be done, or every file failed\n"
+                 "  2  usage error\n"
+                 "  3  some, but not all, of the files failed\n"
+                 "\nexamples:\n"
                  "  vkhost info samples/*.tif\n"
-                 "  vkhost convert samples/rgb8.tif -o rgb8.png\n"
-                 "  vkhost convert samples --out-dir out -j 2\n");
+                 "  vkhost convert samples --out-dir out -j 2            # creates out/\n"
+                 "  vkhost convert samples/rgb16.tif -o out/rgb16_16.png --depth 16\n"
+                 "  vkhost convert samples/rgb8.tif -o - | file -\n");
 }
 
 const Command* findCommand(const std::string& name) {

@@ -14,6 +14,7 @@
 #include "plugin/entry_points.h"
 #include "shared/image/rgba_buffer.h"
 #include "support/tiff_builder.h"
+#include "support/tool_check.h"
 #include "support/wide_samples.h"
 
 using namespace vktest;
@@ -142,7 +143,7 @@ std::vector<uint32_t> decodef(const std::string& file, unsigned int& status)
     do {                                                                                    \
         int s = corpusStatus();                                                             \
         if (s == toolsMissing)                                                              \
-            GTEST_SKIP() << "/usr/bin/python3 with numpy and tifffile, or tiffcp, missing"; \
+            VKTEST_TOOL_MISSING("/usr/bin/python3 with numpy and tifffile, or tiffcp");  \
         ASSERT_EQ(s, 0) << "corpus generation failed";                                      \
     } while (0)
 

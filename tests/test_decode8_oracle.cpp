@@ -10,6 +10,7 @@
 
 #include "support/decode8_harness.h"
 #include "support/tiff_builder.h"
+#include "support/tool_check.h"
 
 using namespace vktest;
 
@@ -89,7 +90,7 @@ TEST(Decode8Oracle, MatchesPilOnTiffcpCopies)
 {
     const int status = corpusStatus();
     if (status == toolsMissing)
-        GTEST_SKIP() << "/usr/bin/python3 with numpy and PIL, or tiffcp, is missing";
+        VKTEST_TOOL_MISSING("/usr/bin/python3 with numpy and PIL, or tiffcp");
     ASSERT_EQ(status, 0) << "corpus generation failed";
     for (const char* mode : {"RGB", "RGBA"})
         for (const char* variant : {"strips_none", "strips_lzw", "strips_lzw_predict", "strips_packbits", "tiles_none",

@@ -1,6 +1,10 @@
 // test_vkhost.cpp - runs the reference host vkhost as a subprocess: info lines, conversions, batches, partial loads, refusals
 #include <fcntl.h>
 #include <png.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -53,8 +57,11 @@ struct TempDir {
     }
 };
 
-// Runs vkhost with args; stdout and stderr are collected through files.
-HostRun runHost(const std::vector<std::string>& args) {
+constexpr uid_t sameUser = uid_t(-1);
+constexpr uid_t nobody = 65534;
+
+// Runs vkhost with args (as user asUser, when root); stdout and stderr are collected through files.
+HostRun runHost(const std::vector<std::string>& args, uid_t asUser = sameUser) {
     TempDir io;
     const std::string outPath = io / "out", errPath = io / "err";
     const pid_t pid = fork();
@@ -63,6 +70,7 @@ HostRun runHost(const std::vector<std::string>& args) {
         const int err = open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
         dup2(out, STDOUT_FILENO);
         dup2(err, STDERR_FILENO);
+        if (asUser != sameUser && (setgid(asUser) != 0 || setuid(asUser) != 0)) _exit(126);
         std::vector<char*> argv{const_cast<char*>(VKHOST_PATH)};
         for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
         argv.push_back(nullptr);
@@ -297,4 +305,120 @@ TEST(VkHost, RefusalsLeaveNoOutput) {
     }
     EXPECT_EQ(runHost({"convert", samples + "rgb8.tif", "-o", out, "--max-pixels", "6144"}).exitCode, 0);
     EXPECT_EQ(dir.names(), std::vector<std::string>{"out.png"});
+}
+
+TEST(VkHost, ExitStatusSaysHowManyFilesFailed) {
+    TempDir dir;
+    fs::create_directory(dir / "bad");
+    fs::copy_file(samples + "broken.tif", dir / "bad/broken.tif");
+    struct Case {
+        std::vector<std::string> args;
+        int exitCode;
+    };
+    const Case cases[] = {
+        {{"info", samples + "rgb8.tif", samples + "rgba16.tif"}, 0},
+        {{"info", samples + "rgb8.tif", samples + "broken.tif"}, 3},
+        {{"info", samples + "broken.tif", dir / "missing.tif"}, 1},
+        {{"convert", dir / "bad", "--out-dir", dir / "out"}, 1},
+        {{"convert", samples + "rgb8.tif", samples + "broken.tif", "--out-dir", dir / "out"}, 3},
+        {{"convert", samples + "rgb8.tif", "--out-dir", dir / "out"}, 0},
+        {{"info"}, 2},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.args.back());
+        EXPECT_EQ(runHost(c.args).exitCode, c.exitCode);
+    }
+}
+
+// Outputs that are not a new or regular file of the user's are refused before
+// anything is decoded (the input is broken, so a later check would report the
+// decode instead), with exit status 1, and are left as they were.
+TEST(VkHost, OutputNeverReplacesWhatItShouldNot) {
+    struct Case {
+        const char* output; // made by makeOutput
+        bool force;
+        const char* err;    // after "vkhost: ", OUT standing for the output path
+    };
+    const Case cases[] = {
+        {"input", false, "will not write OUT: it is the input file"},
+        {"hard link to input", false, "will not write OUT: it is the input file"},
+        {"link to input", true, "will not write OUT (link to DIR/input): it is the input file"},
+        {"link to file", false, "will not write OUT: it is a symbolic link (to DIR/file); --force writes to the file it points to"},
+        {"directory", false, "will not write OUT: it is a directory"},
+        {"fifo", false, "will not write OUT: it is a FIFO"},
+        {"socket", false, "will not write OUT: it is a socket"},
+        {"device", false, "will not write OUT: it is a device"},
+        {"missing folder", false, "cannot write OUT: folder DIR/none does not exist"},
+    };
+    const auto replaceAll = [](std::string text, const std::string& from, const std::string& to) {
+        for (size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
+            text.replace(at, from.size(), to);
+        return text;
+    };
+    std::vector<uid_t> users{sameUser};
+    // What a user may not do must not decide the outcome: as root, once more
+    // as nobody, where nobody can reach vkhost (not from a private home).
+    if (geteuid() == 0 && runHost({"--help"}, nobody).exitCode == 0) users.push_back(nobody);
+    for (const uid_t user : users)
+        for (const Case& c : cases) {
+            SCOPED_TRACE(std::string(c.output) + (user == sameUser ? "" : " as nobody"));
+            TempDir dir;
+            fs::permissions(dir.path, fs::perms::all);
+            const std::string input = dir / "input", file = dir / "file";
+            fs::copy_file(samples + "broken.tif", input);
+            writeFile(file, {'k', 'e', 'e', 'p'});
+            const std::string name = c.output;
+            std::string out = dir / "out";
+            int sock = -1;
+            if (name == "input") out = input;
+            else if (name == "hard link to input") fs::create_hard_link(input, out);
+            else if (name == "link to input") fs::create_symlink(input, out);
+            else if (name == "link to file") fs::create_symlink(file, out);
+            else if (name == "directory") fs::create_directory(out);
+            else if (name == "fifo") ASSERT_EQ(mkfifo(out.c_str(), 0666), 0);
+            else if (name == "missing folder") out = dir / "none/out.png";
+            else if (name == "device" && geteuid() != 0) out = "/dev/null";
+            else if (name == "device") ASSERT_EQ(mknod(out.c_str(), S_IFCHR | 0666, makedev(1, 3)), 0);
+            else if (name == "socket") {
+                sock = socket(AF_UNIX, SOCK_STREAM, 0);
+                sockaddr_un address{};
+                address.sun_family = AF_UNIX;
+                ASSERT_LT(out.size(), sizeof(address.sun_path));
+                std::strcpy(address.sun_path, out.c_str());
+                ASSERT_EQ(bind(sock, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+            }
+            struct stat before {};
+            lstat(out.c_str(), &before);
+            const std::vector<std::string> names = dir.names();
+            std::vector<std::string> args{"convert", input, "-o", out};
+            if (c.force) args.push_back("--force");
+            const HostRun run = runHost(args, user);
+            if (sock >= 0) close(sock);
+            EXPECT_EQ(run.exitCode, 1);
+            EXPECT_EQ(run.err, "vkhost: " + replaceAll(replaceAll(c.err, "OUT", out), "DIR", dir.path.string()) + "\n");
+            struct stat after {};
+            lstat(out.c_str(), &after);
+            EXPECT_EQ(after.st_ino, before.st_ino);
+            EXPECT_EQ(after.st_mode, before.st_mode);
+            EXPECT_EQ(dir.names(), names);
+            EXPECT_EQ(slurp(input), slurp(samples + "broken.tif"));
+            EXPECT_EQ(slurp(file), "keep");
+        }
+}
+
+TEST(VkHost, OutputThroughALinkOrToStandardOutput) {
+    TempDir dir;
+    const std::string tif = samples + "rgba8_lzw_predict.tif", png = dir / "plain.png", target = dir / "target.png";
+    ASSERT_EQ(runHost({"convert", tif, "-o", png}).exitCode, 0);
+    writeFile(target, {'o', 'l', 'd'});
+    fs::create_symlink(target, dir / "link.png");
+    ASSERT_EQ(runHost({"convert", tif, "-o", dir / "link.png", "--force"}).exitCode, 0);
+    EXPECT_TRUE(fs::is_symlink(dir / "link.png"));
+    EXPECT_EQ(slurp(target), slurp(png));
+
+    const HostRun toStdout = runHost({"convert", tif, "-o", "-"});
+    EXPECT_EQ(toStdout.exitCode, 0);
+    EXPECT_EQ(toStdout.out, slurp(png));
+    EXPECT_EQ(dir.names(), (std::vector<std::string>{"link.png", "plain.png", "target.png"}));
+    EXPECT_FALSE(fs::exists("-"));
 }
