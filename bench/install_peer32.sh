@@ -17,12 +17,12 @@ have libtiff-dev || need="$need libtiff-dev"
 if [ -z "$need" ]; then
     exit 0
 fi
-apt() { apt-get -o DPkg::Lock::Timeout=600 "$@"; }
+aptget() { apt-get -o DPkg::Lock::Timeout=600 "$@"; }
 
 if ! dpkg --print-foreign-architectures | grep -qx i386; then
     dpkg --add-architecture i386
 fi
-apt update || echo "install_peer32.sh: some package lists failed to download; going on with the rest" >&2
+aptget update || echo "install_peer32.sh: some package lists failed to download; going on with the rest" >&2
 
 # Versions of package $1 listed for architecture $2, newest first.
 versions() { apt-cache madison "$1:$2" | awk -v a="$2" '$0 ~ (" " a " Packages") {print $3}'; }
@@ -46,4 +46,4 @@ for dep in $(apt-cache depends libtiff6:i386 | awk '/Depends:/ {sub(/:i386$/, ""
     done
 done
 # shellcheck disable=SC2086
-apt install -y --allow-downgrades $need $pins
+aptget install -y --allow-downgrades $need $pins
