@@ -60,7 +60,9 @@ VARIANTS = []
 for kind in ("rgb8", "rgba8"):
     for codec in ("none", "lzw", "lzwp", "pb"):
         for layout in ("s16", "s1", "t256"):
-            VARIANTS.append((kind, codec, layout))
+            # Tiled PackBits is a file the plug-in refuses (status 4) by design.
+            if (codec, layout) != ("pb", "t256"):
+                VARIANTS.append((kind, codec, layout))
 VARIANTS += [("rgb16", codec, "s16") for codec in ("none", "lzw", "lzwp", "pb")] + [("rgb16", "lzw", "s1")]
 VARIANTS += [("rgbf", codec, "s16") for codec in ("none", "lzw", "pb")]
 
