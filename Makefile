@@ -27,9 +27,11 @@ WINE32 := $(abspath $(BUILD))/wine32
 W32_TOOLCHAIN := $(CURDIR)/cmake/mingw-i686.cmake
 PROBE_W32 := $(BUILD)/probe-win32
 PROBE_M32 := $(BUILD)/probe-m32
-# Extra arguments for the benchmark program, e.g. BENCH_ARGS=--benchmark_filter=lzw
+BENCH32 := $(BUILD)/bench32
+# Extra arguments for both benchmark programs (vktiff_bench --filter=REGEX
+# --reps=N --min-time=SECONDS), e.g. BENCH_ARGS=--filter=_lzw_
 BENCH_ARGS ?=
-# An earlier results.json whose plug-in figures are shown beside the new ones:
+# An earlier 64-bit run whose plug-in figures are shown beside the new ones:
 # by default the plug-in before its fast paths, on the machine of BENCHMARKS.md
 BENCH_BEFORE ?= bench/results_before_fast_paths.json
 
@@ -148,17 +150,21 @@ fuzz-coverage:
 	$(CMAKE) --build $(FUZZ_COVERAGE) -j $(JOBS)
 	fuzz/coverage.sh $(FUZZ_COVERAGE) $(FUZZ)/corpus
 
-# Decode speed beside libtiff on generated 4096 x 4096 images (Release, -O2,
-# native); writes the table with the machine it ran on to BENCHMARKS.md.
+# Decode speed beside libtiff on generated 4096 x 4096 images (Release, -O2),
+# in 64-bit and in -m32 beside a 32-bit libtiff (installed by
+# bench/install_peer32.sh); writes the table with the machine it ran on to BENCHMARKS.md.
+BENCH_CONFIG := -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_FLAGS_RELEASE="-O2 -DNDEBUG" -DVKTIFF_BUILD_BENCH=ON \
+	-DVKTIFF_BUILD_TESTS=OFF -DVKTIFF_BUILD_HOST=OFF -DVKTIFF_BENCH_INPUTS=$(CURDIR)/$(BENCH)/bench_inputs
 bench:
 	@$(DEPS) check bench
-	$(CMAKE) -S . -B $(BENCH) -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_FLAGS_RELEASE="-O2 -DNDEBUG" \
-		-DVKTIFF_BUILD_BENCH=ON -DVKTIFF_BUILD_TESTS=OFF -DVKTIFF_BUILD_HOST=OFF
+	sh bench/install_peer32.sh
+	$(CMAKE) -S . -B $(BENCH) $(BENCH_CONFIG)
 	$(CMAKE) --build $(BENCH) -j $(JOBS) --target vktiff_bench bench_inputs
-	$(BENCH)/bench/vktiff_bench --benchmark_repetitions=5 --benchmark_enable_random_interleaving=true \
-		--benchmark_min_time=0.3 --benchmark_out=$(BENCH)/results.json \
-		--benchmark_out_format=json $(BENCH_ARGS)
-	/usr/bin/python3 bench/write_table.py $(BENCH) $(BENCH_BEFORE) > BENCHMARKS.md
+	$(CMAKE) -S . -B $(BENCH32) $(BENCH_CONFIG) -DVKTIFF_M32=ON
+	$(CMAKE) --build $(BENCH32) -j $(JOBS) --target vktiff_bench
+	$(BENCH)/bench/vktiff_bench --out=$(BENCH)/results.json $(BENCH_ARGS)
+	$(BENCH32)/bench/vktiff_bench --out=$(BENCH32)/results.json $(BENCH_ARGS)
+	/usr/bin/python3 bench/write_table.py $(BENCH) $(BENCH32) $(BENCH_BEFORE) > BENCHMARKS.md
 
 clean:
 	rm -rf $(BUILD) $(OUT)

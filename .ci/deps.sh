@@ -23,7 +23,7 @@ packages() {
     asan) echo make cmake g++ libpng-dev libgtest-dev python3-pil python3-numpy python3-tifffile libtiff-tools ;;
     tsan) echo make cmake g++ libgtest-dev ;;
     fuzz) echo make cmake clang libclang-rt-dev llvm python3 ;;
-    bench) echo make cmake g++ libbenchmark-dev libtiff-dev libtiff-tools python3-numpy python3-tifffile ;;
+    bench) echo make cmake g++ g++-multilib libtiff-dev libtiff-tools python3-numpy python3-tifffile ;;
     test) for g in native m32 asan tsan; do packages $g; done ;;
     # A configuration added later puts its group here (and into `test`).
     *) echo "deps.sh: unknown group $1" >&2; return 1 ;;

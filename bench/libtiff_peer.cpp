@@ -2,8 +2,16 @@
 #include "libtiff_peer.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 
+#include <tiffconf.h>
+#if UINTPTR_MAX == 0xFFFFFFFFu
+// The 32-bit library is compiled against the 64-bit build's headers: its
+// tmsize_t is the width of a pointer.
+#undef TIFF_SSIZE_T
+#define TIFF_SSIZE_T int32_t
+#endif
 #include <tiffio.h>
 
 namespace bench {

@@ -1,18 +1,29 @@
-# write_table.py - turns a benchmark run (Google Benchmark JSON) into the Markdown table of BENCHMARKS.md.
-# Usage: /usr/bin/python3 write_table.py BENCH_BUILD_DIR [EARLIER_RESULTS_JSON]
-# Reads BENCH_BUILD_DIR/results.json and the compiler from its CMakeCache.txt. Each figure is the best of the
-# repetitions (output bytes per second of CPU time). An earlier run, when given, adds its plug-in column.
+# write_table.py - turns the benchmark runs of both widths into the Markdown table of BENCHMARKS.md.
+# Usage: /usr/bin/python3 write_table.py BENCH_DIR BENCH32_DIR [EARLIER_RESULTS_JSON]
+# Reads results.json (written by vktiff_bench) and the compiler from CMakeCache.txt in each build
+# directory; a missing -m32 run leaves its columns empty. An earlier 64-bit run (Google Benchmark JSON,
+# as the benchmark once wrote), when given, adds its plug-in column.
 import json
 import os
 import re
 import subprocess
 import sys
 
-build = sys.argv[1]
-earlier = sys.argv[2] if len(sys.argv) > 2 else None
+build, build32 = sys.argv[1], sys.argv[2]
+earlier = sys.argv[3] if len(sys.argv) > 3 else None
 
 
-def best_rates(path):
+def load_run(directory):
+    """(date, repetitions, {name: (MB/s, CPU seconds of one call)}) of a vktiff_bench run, or (None, 0, {})."""
+    path = os.path.join(directory, "results.json")
+    if not os.path.exists(path):
+        return None, 0, {}
+    with open(path) as f:
+        data = json.load(f)
+    return data["date"], data["reps"], {r["name"]: (r["mb_per_s"], r["seconds"]) for r in data["results"]}
+
+
+def earlier_rates(path):
     with open(path) as f:
         data = json.load(f)
     rates = {}
@@ -20,11 +31,11 @@ def best_rates(path):
         if b.get("run_type") != "iteration" or "bytes_per_second" not in b:
             continue
         rates[b["run_name"]] = max(rates.get(b["run_name"], 0.0), b["bytes_per_second"] / 1e6)
-    return data.get("context", {}), rates
+    return rates
 
 
-def compiler():
-    with open(os.path.join(build, "CMakeCache.txt")) as f:
+def compiler(directory):
+    with open(os.path.join(directory, "CMakeCache.txt")) as f:
         m = re.search(r"^CMAKE_CXX_COMPILER:\w+=(.*)$", f.read(), re.M)
     if not m:
         return "unknown"
@@ -32,23 +43,30 @@ def compiler():
     return out.splitlines()[0] if out else m.group(1)
 
 
-def cpu_model():
+def cpu():
+    model, mhz = "unknown", None
     with open("/proc/cpuinfo") as f:
         for line in f:
             if line.startswith("model name"):
-                return line.split(":", 1)[1].strip()
-    return "unknown"
+                model = line.split(":", 1)[1].strip()
+            elif line.startswith("cpu MHz") and mhz is None:
+                mhz = float(line.split(":", 1)[1])
+    return model, mhz
 
 
-context, rates = best_rates(os.path.join(build, "results.json"))
-before = best_rates(earlier)[1] if earlier else {}
+date64, reps, run64 = load_run(build)
+date32, reps32, run32 = load_run(build32)
+before = earlier_rates(earlier) if earlier else {}
+model, mhz = cpu()
 
-# Repetitions run in random order, so rows are sorted: by sample type, then
-# compression, layout and entry.
 kinds = ["rgb8", "rgba8", "rgb16", "rgbf"]
 compressions = ["none", "lzw", "lzwp", "pb"]
 layouts = ["s16", "s1", "t256"]
 entries = ["8", "16", "f"]
+labels = {"8": "imgDecode8", "16": "imgDecode16", "f": "imgDecodef"}
+# Bytes of one decoded pixel as the file stores it, and of one target channel.
+pixel_bytes = {"rgb8": 3, "rgba8": 4, "rgb16": 6, "rgbf": 12}
+channel_bytes = {"8": 1, "16": 2, "f": 4}
 
 
 def order(row):
@@ -56,50 +74,68 @@ def order(row):
     return (kinds.index(kind), compressions.index(compression), layouts.index(layout), entries.index(row[1]))
 
 
-rows = []
-for name in rates:
-    variant, entry, decoder = name.split("/")
-    if decoder == "vktiff" and variant != "memcpy":
-        rows.append((variant, entry))
-rows.sort(key=order)
+rows = sorted({tuple(name.split("/")[:2]) for run in (run64, run32) for name in run
+               if name.endswith("/vktiff")}, key=order)
 
-labels = {"8": "imgDecode8", "16": "imgDecode16", "f": "imgDecodef"}
+
+def figures(run, variant, entry):
+    """Plug-in MB/s, libtiff MB/s (the faster of its two readers), and the plug-in's cycles per decoded byte."""
+    mine = run.get(f"{variant}/{entry}/vktiff")
+    peers = [run[n][0] for n in (f"{variant}/{entry}/libtiff", f"{variant}/{entry}/libtiff_rgba") if n in run]
+    cycles = None
+    if mine and mhz:
+        rate, seconds = mine
+        pixels = rate * 1e6 * seconds / (4 * channel_bytes[entry])
+        cycles = seconds * mhz * 1e6 / (pixels * pixel_bytes[variant.split("_")[0]])
+    return (mine[0] if mine else None), (max(peers) if peers else None), cycles
+
+
+def cell(value, form):
+    return form.format(value) if value is not None else "-"
+
+
+def ratio(a, b):
+    return f"{a / b:.2f}" if a and b else "-"
+
+
 print("# Decode speed beside libtiff")
 print()
 print("Generated by `make bench` (bench/); do not edit by hand.")
 print()
-print(f"- Machine: {cpu_model()}, {os.cpu_count()} cores; compiler: {compiler()}, Release -O2, 64-bit.")
-print(f"- Run: {context.get('date', '?')}, load average {os.getloadavg()[0]:.2f} at the end of the run.")
+print(f"- Machine: {model}, {os.cpu_count()} cores, {mhz:.0f} MHz; compiler: {compiler(build)}, Release -O2; "
+      "64-bit, and -m32 -msse2 -mfpmath=sse beside Debian's 32-bit libtiff (libtiff6:i386).")
+print(f"- Runs: 64-bit {date64 or '-'}, -m32 {date32 or '-'}; load average {os.getloadavg()[0]:.2f} at the end.")
 print("- Images: 4096 x 4096 photo-like (multi-scale smooth noise plus grain) from numpy + tifffile, "
       "variants written by tiffcp: `s16` strips of 16 rows, `s1` one strip, `t256` 256 x 256 tiles; "
       "`none`, `lzw`, `lzwp` (LZW with horizontal predictor), `pb` (PackBits).")
-print("- Figures: output MB/s (RGBA bytes written per second of CPU time, best of five repetitions run in "
-      "random order, so that a slow spell of this shared machine meets every variant alike). "
-      "Plug-in: the exported entry on the loaded file buffer after imgLoadHeader. libtiff: the same bytes "
-      "in memory, TIFFReadEncodedStrip/Tile plus expansion to RGBA of the same depth; libtiff RGBA: "
-      "TIFFReadRGBAImage (8-bit only). Ratio = plug-in / libtiff.")
+print("- Figures: output MB/s (RGBA bytes written per second of the thread's CPU time, best of "
+      f"{max(reps, reps32)} repetitions; in each repetition the contenders of an image take turns, so that a slow spell of this "
+      "shared machine meets them alike). Plug-in: the exported entry on the loaded file buffer after "
+      "imgLoadHeader. libtiff: the same bytes in memory, the faster of TIFFReadEncodedStrip/Tile plus "
+      "expansion to RGBA of the same depth and (8-bit only) TIFFReadRGBAImage. Ratio = plug-in / libtiff.")
+print("- Cycles per decoded byte (LZW rows, plug-in): CPU time at the nominal clock above per byte of the "
+      "decompressed strips or tiles (the machine exposes no cycle counter), the whole decode included.")
 print()
-bound = {e: rates.get(f"memcpy/{e}/bound") for e in labels}
-print("memcpy of the output buffer (bandwidth bound): " +
-      ", ".join(f"{labels[e]} target {bound[e]:.0f} MB/s" for e in labels if bound[e]))
+print("memcpy of the output buffer (bandwidth bound), 64-bit / -m32: " + ", ".join(
+    f"{labels[e]} target {cell(run64.get(f'memcpy/{e}/bound', (None,))[0], '{:.0f}')} / "
+    f"{cell(run32.get(f'memcpy/{e}/bound', (None,))[0], '{:.0f}')} MB/s" for e in entries))
 print()
-head = "| image | entry | plug-in MB/s | libtiff MB/s | ratio | libtiff RGBA MB/s | ratio |"
-rule = "|---|---|---:|---:|---:|---:|---:|"
+head = ("| image | entry | plug-in 64 | libtiff 64 | ratio 64 | plug-in -m32 | libtiff -m32 | ratio -m32 "
+        "| cycles/B 64 | cycles/B -m32 |")
+rule = "|---|---|---:|---:|---:|---:|---:|---:|---:|---:|"
 if before:
-    head += " plug-in before fast paths MB/s | speed-up |"
+    head += " plug-in 64 before fast paths | speed-up |"
     rule += "---:|---:|"
 print(head)
 print(rule)
 for variant, entry in rows:
-    if variant == "memcpy":
-        continue
-    mine = rates[f"{variant}/{entry}/vktiff"]
-    peer = rates.get(f"{variant}/{entry}/libtiff")
-    rgba = rates.get(f"{variant}/{entry}/libtiff_rgba")
-    cells = [variant, labels[entry], f"{mine:.0f}",
-             f"{peer:.0f}" if peer else "-", f"{mine / peer:.2f}" if peer else "-",
-             f"{rgba:.0f}" if rgba else "-", f"{mine / rgba:.2f}" if rgba else "-"]
+    mine64, peer64, cycles64 = figures(run64, variant, entry)
+    mine32, peer32, cycles32 = figures(run32, variant, entry)
+    lzw = variant.split("_")[1] in ("lzw", "lzwp")
+    cells = [variant, labels[entry], cell(mine64, "{:.0f}"), cell(peer64, "{:.0f}"), ratio(mine64, peer64),
+             cell(mine32, "{:.0f}"), cell(peer32, "{:.0f}"), ratio(mine32, peer32),
+             cell(cycles64 if lzw else None, "{:.2f}"), cell(cycles32 if lzw else None, "{:.2f}")]
     if before:
         old = before.get(f"{variant}/{entry}/vktiff")
-        cells += [f"{old:.0f}" if old else "-", f"{mine / old:.2f}" if old else "-"]
+        cells += [cell(old, "{:.0f}"), ratio(mine64, old)]
     print("| " + " | ".join(cells) + " |")

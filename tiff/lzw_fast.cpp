@@ -4,6 +4,11 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace {
 
@@ -22,7 +27,9 @@ constexpr int growRunFor(int width)
     return width < lzwMaxBits ? (1 << width) - firstFreeCode : fullRun + 1;
 }
 
-// Strings are moved in steps of this many bytes.
+// A short string goes out as one 8-byte store of its word, so the output
+// keeps this much room behind every string; long strings move in steps of
+// this size where wider moves do not apply.
 constexpr int step = 8;
 
 // A string word describes a code's string in 64 bits. The top byte holds its
@@ -68,13 +75,28 @@ inline uint64_t extend(uint64_t word, unsigned int byte, uint32_t offset)
     return longWord(unsigned(word), offset, length + 1);
 }
 
+// Codes are cut from loads of the machine's register width: a 64-bit load
+// holds 57 bits from any first bit, a 32-bit one 25, two codes of 12 bits.
+using BitWord = std::conditional_t<sizeof(void*) >= 8, uint64_t, uint32_t>;
+constexpr int bitWordBits = 8 * int(sizeof(BitWord));
+
+inline uint64_t byteSwap(uint64_t v) { return __builtin_bswap64(v); }
+inline uint32_t byteSwap(uint32_t v) { return __builtin_bswap32(v); }
+
+// The bits from bit `pos` of data on, most significant first, as many as a
+// BitWord holds less up to seven (all the bytes loaded must lie in data).
+inline BitWord bitsAt(const unsigned char* data, size_t pos)
+{
+    BitWord v;
+    std::memcpy(&v, data + (pos >> 3), sizeof v);
+    return BitWord(byteSwap(v) << (pos & 7));
+}
+
 // The code of `width` bits at bit `pos`, most significant bit first, cut from
-// the eight bytes at its first bit (all of which must lie in data).
+// the bytes at its first bit (eight of which must lie in data).
 inline int codeAt(const unsigned char* data, uint64_t pos, int width)
 {
-    uint64_t v;
-    std::memcpy(&v, data + (pos >> 3), sizeof v);
-    return int((__builtin_bswap64(v) << (pos & 7)) >> (64 - width));
+    return int(bitsAt(data + (pos >> 3), size_t(pos & 7)) >> (bitWordBits - width));
 }
 
 // The code reader of TIFF mode, most significant bit first. A code is cut
@@ -125,14 +147,26 @@ void storeReader(LZWState* s, const unsigned char* data, size_t size, uint64_t b
         s->endOfInput = 1;
 }
 
-// A string's bytes go out in whole steps when its source lies at least one
-// step before the destination (so every step reads bytes already final) and
-// the output has room for the last whole step; the bytes a step writes past
-// the string are rewritten by the strings that follow. Otherwise byte by byte.
-inline void copyString(unsigned char* to, const unsigned char* from, int n, bool farSource,
-                       const unsigned char* end)
+// A string's bytes go out in whole moves when its source lies at least one
+// move before the destination (so every move reads bytes already final; `gap`
+// is that distance) and the output has room for the last whole move; the
+// bytes a move writes past the string are rewritten by the strings that
+// follow. Otherwise byte by byte. 16-byte moves where SSE2 has them, as it
+// does on every x86-64 and in 32-bit builds (-msse2): they need no 64-bit
+// registers.
+inline void copyString(unsigned char* to, const unsigned char* from, int n, ptrdiff_t gap, const unsigned char* end)
 {
-    if (farSource && end - to >= n + step - 1) {
+    const ptrdiff_t room = end - to;
+#if defined(__SSE2__)
+    constexpr int wide = 16;
+    if (gap >= wide && room >= n + wide - 1) {
+        for (int done = 0; done < n; done += wide)
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(to + done),
+                             _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + done)));
+        return;
+    }
+#endif
+    if (gap >= step && room >= n + step - 1) {
         for (int done = 0; done < n; done += step) {
             uint64_t chunk;
             std::memcpy(&chunk, from + done, step);
@@ -143,6 +177,51 @@ inline void copyString(unsigned char* to, const unsigned char* from, int n, bool
     for (int i = 0; i < n; ++i)
         to[i] = from[i];
 }
+
+// The string word as the block decoder holds it from code to code. On 32-bit
+// x86 a 64-bit integer takes two of seven registers and carries from one to
+// the other; the low half of an SSE2 register holds the word whole and loads,
+// stores, adds and shifts it in one instruction each.
+#if defined(__SSE2__) && UINTPTR_MAX == 0xFFFFFFFFu
+struct WordOps {
+    using Word = __m128i;
+    static Word load(const uint64_t* p) { return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)); }
+    static void store(void* p, Word w) { _mm_storel_epi64(static_cast<__m128i*>(p), w); }
+    // The length byte of w, loaded from p: one load, where taking it out of
+    // the register would take two instructions.
+    static size_t length(Word, const uint64_t* p) { return reinterpret_cast<const unsigned char*>(p)[7]; }
+    static unsigned first(Word w) { return unsigned(_mm_cvtsi128_si32(w)) & 0xFF; }
+    // A short string w of n < headBytes bytes, extended by the first byte of `by`.
+    static Word growShort(Word w, Word by, size_t n)
+    {
+        const __m128i one = _mm_set_epi32(0, 0, 1 << (lengthShift - 32), 0);
+        const __m128i low = _mm_set_epi32(0, 0, 0, 0xFF);
+        return _mm_add_epi64(_mm_add_epi64(w, one),
+                             _mm_sll_epi64(_mm_and_si128(by, low), _mm_cvtsi32_si128(int(8 * n))));
+    }
+    static uint64_t value(Word w)
+    {
+        uint64_t v;
+        store(&v, w);
+        return v;
+    }
+    static Word make(uint64_t v) { return load(&v); }
+};
+#else
+struct WordOps {
+    using Word = uint64_t;
+    static Word load(const uint64_t* p) { return *p; }
+    static void store(void* p, Word w) { std::memcpy(p, &w, sizeof w); }
+    static size_t length(Word w, const uint64_t*) { return size_t(w >> lengthShift); }
+    static unsigned first(Word w) { return unsigned(w) & 0xFF; }
+    static Word growShort(Word w, Word by, size_t n)
+    {
+        return w + (uint64_t(1) << lengthShift) + ((by & 0xFF) << (8 * n));
+    }
+    static uint64_t value(Word w) { return w; }
+    static Word make(uint64_t v) { return v; }
+};
+#endif
 
 // What decodeBlock carries from code to code.
 struct Walk {
@@ -171,72 +250,93 @@ struct Walk {
 template <int W>
 __attribute__((noinline)) bool decodeBlock(Walk& k, int block)
 {
-    // A load shifted to the code's first bit holds at least 57 bits.
-    constexpr int perLoad = 57 / W;
-    // codes[slot]: the code that defines the slot, read ahead.
+    // codes[slot]: the code that defines the slot, read ahead, as many from
+    // one load as it holds whole.
+    constexpr int perLoad = (bitWordBits - 7) / W;
     unsigned short codes[lzwTableSize];
     const unsigned first = unsigned(k.nextCode);
     {
-        const unsigned char* const in = k.in;
-        uint64_t pos = k.pos;
+        const unsigned char* const in = k.in + (k.pos >> 3);
+        size_t pos = size_t(k.pos & 7); // bits from in; a block spans at most 4096 codes
         unsigned short* const to = codes + first;
         int j = 0;
         for (; j + perLoad <= block; j += perLoad, pos += perLoad * W) {
-            uint64_t v;
-            std::memcpy(&v, in + (pos >> 3), sizeof v);
-            uint64_t bits = __builtin_bswap64(v) << (pos & 7);
+            BitWord bits = bitsAt(in, pos);
 #pragma GCC unroll 8
-            for (int i = 0; i < perLoad; ++i, bits <<= W)
-                to[j + i] = static_cast<unsigned short>(bits >> (64 - W));
+            for (int i = 0; i < perLoad; ++i, bits = BitWord(bits << W))
+                to[j + i] = static_cast<unsigned short>(bits >> (bitWordBits - W));
         }
         for (; j < block; ++j, pos += W)
-            to[j] = static_cast<unsigned short>(codeAt(in, pos, W));
+            to[j] = static_cast<unsigned short>(bitsAt(in, pos) >> (bitWordBits - W));
     }
+    using Word = WordOps::Word;
     uint64_t* const word = k.word;
     unsigned char* dst = k.dst;
-    uint64_t prevWord = k.prevWord;
+    Word prevWord = WordOps::make(k.prevWord);
     unsigned nextCode = first;
     unsigned last = nextCode + unsigned(block);
-    // The previous string extended by `byte`, while dst is the place of the
-    // string after it; the previous one's place is only needed for a long
-    // result.
-    uint64_t prevLength = prevWord >> lengthShift;
+    size_t prevLength = size_t(k.prevWord >> lengthShift);
     if (prevLength >= longString)
-        prevLength = uint64_t(longLength(prevWord));
-    const auto grow = [&](uint64_t byte) {
-        if (__builtin_expect(prevLength < headBytes, 1))
-            return prevWord + (uint64_t(1) << lengthShift) + (byte << (8 * prevLength));
-        return extend(prevWord, unsigned(byte), uint32_t(dst - k.out) - uint32_t(prevLength));
+        prevLength = size_t(longLength(k.prevWord));
+    // A long string: copied from where it was written when the output has
+    // room for it and a step after it; false where the block stops before it.
+    const auto copyLong = [&](uint64_t v) {
+        if (v >= controlWord)
+            return false;
+        const unsigned n = unsigned(longLength(v));
+        if (uint64_t(k.end - dst) < uint64_t(n) + step)
+            return false;
+        const unsigned char* from = k.out + longOffset(v);
+        copyString(dst, from, int(n), dst - from, k.end);
+        // Short strings fit as far as the room left after this one.
+        const uint64_t room = uint64_t(k.end - dst) - n;
+        const unsigned fit = room >= step ? unsigned((room - step) / headBytes) + 1 : 0;
+        last = std::min(last, nextCode + 1 + fit);
+        return true;
+    };
+    // The string being defined by the code that defines it: the previous
+    // one and its first byte, the previous one's place is only needed for a
+    // long result.
+    const auto extendPrevious = [&](Word by) {
+        return extend(WordOps::value(prevWord), WordOps::first(by), uint32_t(size_t(dst - k.out) - prevLength));
     };
     bool stopped = false;
     while (nextCode < last) {
         const unsigned c = codes[nextCode];
-        uint64_t w;
+        Word w;
+        size_t n;
         if (__builtin_expect(c < nextCode, 1)) {
-            w = word[c];
+            w = WordOps::load(word + c);
+            n = WordOps::length(w, word + c);
         } else if (c == nextCode) {
-            w = grow(prevWord & 0xFF);
+            if (__builtin_expect(prevLength < headBytes, 1)) {
+                w = WordOps::growShort(prevWord, prevWord, prevLength);
+                n = prevLength + 1;
+            } else {
+                w = WordOps::make(extendPrevious(prevWord));
+                n = longString;
+            }
         } else {
             stopped = true;
             break;
         }
-        uint64_t n = w >> lengthShift;
         if (__builtin_expect(n < longString, 1)) {
-            std::memcpy(dst, &w, step); // the bytes past the string are rewritten later
+            WordOps::store(dst, w); // the bytes past the string are rewritten later
         } else {
-            n = uint64_t(longLength(w));
-            if (w >= controlWord || uint64_t(k.end - dst) < n + step) {
+            // The word again from where it came, which keeps the register
+            // copy out of this rare branch.
+            const uint64_t v = c < nextCode ? word[c] : extendPrevious(prevWord);
+            if (!copyLong(v)) {
                 stopped = true;
                 break;
             }
-            const unsigned char* from = k.out + longOffset(w);
-            copyString(dst, from, int(n), dst - from >= step, k.end);
-            // Short strings fit as far as the room left after this one.
-            const uint64_t room = uint64_t(k.end - dst) - n;
-            const unsigned fit = room >= step ? unsigned((room - step) / headBytes) + 1 : 0;
-            last = std::min(last, nextCode + 1 + fit);
+            n = size_t(longLength(v));
         }
-        word[nextCode] = grow(w & 0xFF);
+        // The slot takes the previous string extended by this one's first byte.
+        if (__builtin_expect(prevLength < headBytes, 1))
+            WordOps::store(word + nextCode, WordOps::growShort(prevWord, w, prevLength));
+        else
+            word[nextCode] = extendPrevious(w);
         ++nextCode;
         prevWord = w;
         prevLength = n;
@@ -252,7 +352,7 @@ __attribute__((noinline)) bool decodeBlock(Walk& k, int block)
     k.prevAt = uint32_t(dst - k.out) - uint32_t(prevLength);
     k.dst = dst;
     k.pos += uint64_t(taken) * W;
-    k.prevWord = prevWord;
+    k.prevWord = WordOps::value(prevWord);
     k.nextCode = int(nextCode);
     return stopped;
 }
@@ -386,8 +486,9 @@ int lzwDecodeStrip(LZWState* s, unsigned char* out, int len)
                 unread = codeWidth;
                 break;
             }
-            // A defining code's source ends at dst[0], its own first byte.
-            copyString(dst, from, n, n < longString || dst - from >= step, end);
+            // A defining code's source ends at dst[0], its own first byte; a
+            // short string's source is w itself, eight bytes.
+            copyString(dst, from, n, n < longString ? step : dst - from, end);
         }
         const uint32_t here = uint32_t(dst - out);
         if (run < fullRun) {
