@@ -6,7 +6,7 @@ DEPS := sh .ci/deps.sh
 OUT ?= out
 # The test configurations `make test` runs, in order; each has a test-NAME target
 # and a .ci/deps.sh group of the same name.
-TEST_CONFIGS ?= native m32 asan tsan
+TEST_CONFIGS ?= native m32 asan asan32 tsan
 JOBS ?= $(shell nproc)
 CMAKE ?= cmake
 CTEST ?= ctest
@@ -14,6 +14,7 @@ CTEST ?= ctest
 NATIVE := $(BUILD)/native
 M32 := $(BUILD)/m32
 ASAN := $(BUILD)/asan
+ASAN32 := $(BUILD)/asan32
 TSAN := $(BUILD)/tsan
 FUZZ := $(BUILD)/fuzz
 FUZZ_COVERAGE := $(BUILD)/fuzz-coverage
@@ -35,7 +36,8 @@ BENCH_ARGS ?=
 # by default the plug-in before its fast paths, on the machine of BENCHMARKS.md
 BENCH_BEFORE ?= bench/results_before_fast_paths.json
 
-.PHONY: all native m32 asan tsan run vkhost test test-native test-m32 test-asan test-tsan fuzz fuzz-build fuzz-coverage \
+.PHONY: all native m32 asan asan32 tsan run vkhost test test-native test-m32 test-asan test-asan32 test-tsan fuzz \
+	fuzz-build fuzz-coverage \
 	bench clean
 .PHONY: win32 wine32 probe-m32 test-win32
 
@@ -50,6 +52,13 @@ m32:
 	@$(DEPS) check m32
 	$(CMAKE) -S . -B $(M32) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVKTIFF_M32=ON -DVKTIFF_BUILD_HOST=OFF
 	$(CMAKE) --build $(M32) -j $(JOBS)
+
+# AddressSanitizer and UBSan on the width that ships: 32-bit size arithmetic is where overflows hide.
+asan32:
+	@$(DEPS) check asan32
+	$(CMAKE) -S . -B $(ASAN32) -DCMAKE_BUILD_TYPE=Debug -DVKTIFF_M32=ON -DVKTIFF_BUILD_HOST=OFF \
+		-DVKTIFF_SANITIZE="address;undefined"
+	$(CMAKE) --build $(ASAN32) -j $(JOBS)
 
 asan:
 	@$(DEPS) check asan
@@ -87,6 +96,10 @@ test-native: native
 test-m32: m32
 	@rm -f $(M32)/ctest.xml
 	$(CTEST) --test-dir $(M32) $(call ctest_args,$(M32)) -j $(JOBS)
+
+test-asan32: asan32
+	@rm -f $(ASAN32)/ctest.xml
+	$(CTEST) --test-dir $(ASAN32) $(call ctest_args,$(ASAN32)) -j $(JOBS)
 
 test-asan: asan
 	@rm -f $(ASAN)/ctest.xml
