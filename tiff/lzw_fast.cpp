@@ -476,10 +476,11 @@ int lzwDecodeStrip(LZWState* s, unsigned char* out, int len)
         if (n < longString && end - dst >= step) {
             std::memcpy(dst, &w, step); // the bytes past the string are rewritten later
         } else {
-            const unsigned char* from = out + longOffset(w);
-            if (n < longString) {
-                from = reinterpret_cast<const unsigned char*>(&w);
-            } else {
+            // The offset field of a short string's word is not an offset:
+            // the pointer is formed only for a long one.
+            const unsigned char* from = reinterpret_cast<const unsigned char*>(&w);
+            if (n >= longString) {
+                from = out + longOffset(w);
                 n = longLength(w);
             }
             // A string longer than the room left is cut by ff_lzw_decode's rules.

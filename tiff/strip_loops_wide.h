@@ -49,12 +49,6 @@ inline uint16_t unitAt(const unsigned char* scratch, uint32_t unit)
     return v;
 }
 
-inline float floatAt(const unsigned char* scratch, uint32_t index)
-{
-    float v;
-    std::memcpy(&v, scratch + size_t(index) * 4, sizeof v);
-    return v;
-}
 
 // Writes a whole pixel record at column x, row y through the target's
 // bounds-checked x/y write.
@@ -84,6 +78,20 @@ inline vkP::_Rgbaf startPixel(const vkP::_imgRGBABufferf&) { return startPixelf;
 // signalling NaN pattern.
 inline void setChannel(uint16_t& channel, const float& v) { channel = vkP::channel16(v); }
 inline void setChannel(float& channel, const float& v) { channel = v; }
+
+// The same from float number `index` of a decoded scratch, in memory order.
+// No float is returned by value on the way, so a float channel keeps the
+// exact bits, signalling NaN patterns included, at every optimisation level.
+inline void setChannelAt(uint16_t& channel, const unsigned char* scratch, uint32_t index)
+{
+    float v;
+    std::memcpy(&v, scratch + size_t(index) * 4, sizeof v);
+    channel = vkP::channel16(v);
+}
+inline void setChannelAt(float& channel, const unsigned char* scratch, uint32_t index)
+{
+    std::memcpy(&channel, scratch + size_t(index) * 4, sizeof channel);
+}
 
 // The same into channel `index` of the target's pixel array.
 inline void storeChannel(vkP::_imgRGBABuffer16& target, uint32_t index, const float& v)

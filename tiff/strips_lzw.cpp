@@ -214,10 +214,10 @@ unsigned int lzwFloatToWide(FileBuffer& fb, Target& target, const TiffHeader& h,
     const auto fetch = [&](const unsigned char* scratch, uint32_t pixel, Pixel& q) {
         const uint32_t p = pixel * l.samples;
         if (l.alpha)
-            wide::setChannel(q.a, wide::floatAt(scratch, p + 3));
-        wide::setChannel(q.b, wide::floatAt(scratch, p + 2));
-        wide::setChannel(q.g, wide::floatAt(scratch, p + 1));
-        wide::setChannel(q.r, wide::floatAt(scratch, p));
+            wide::setChannelAt(q.a, scratch, p + 3);
+        wide::setChannelAt(q.b, scratch, p + 2);
+        wide::setChannelAt(q.g, scratch, p + 1);
+        wide::setChannelAt(q.r, scratch, p);
     };
     return wide::decodeLZWStrips(
         fb, h, l,

@@ -29,15 +29,15 @@ inline std::uint16_t byteSwap(std::uint16_t v) { return __builtin_bswap16(v); }
 inline std::uint32_t byteSwap(std::uint32_t v) { return __builtin_bswap32(v); }
 inline std::uint64_t byteSwap(std::uint64_t v) { return __builtin_bswap64(v); }
 
-// One load from memory, the reversal done in a register.
+// One load from memory, the reversal done in a register. Stored through the
+// reference: a float returned by value travels through an x87 register on
+// 32-bit x86 where the call is not inlined, which would quiet a signalling NaN.
 template <typename T>
-inline T loadValue(const unsigned char* at, bool reverse) {
+inline void loadValue(T& v, const unsigned char* at, bool reverse) {
     typename SameSizeUnsigned<T>::type raw;
     std::memcpy(&raw, at, sizeof raw);
     if (reverse) raw = byteSwap(raw);
-    T v;
     std::memcpy(&v, &raw, sizeof v);
-    return v;
 }
 
 template <typename T>
@@ -73,7 +73,7 @@ inline bool canReadAt(const _imgFileBuffer& fb, int pos, int width) {
 template <typename T>
 inline bool readHere(_imgFileBuffer& fb, T& v, bool reverse) {
     if (!canReadHere(fb, sizeof(T))) return false;
-    v = loadValue<T>(fb.buffer + fb.bufPosition, reverse);
+    loadValue(v, fb.buffer + fb.bufPosition, reverse);
     fb.bufPosition += static_cast<long long>(sizeof(T));
     return true;
 }
@@ -81,7 +81,7 @@ inline bool readHere(_imgFileBuffer& fb, T& v, bool reverse) {
 template <typename T>
 inline bool readAt(const _imgFileBuffer& fb, T& v, int pos, bool reverse) {
     if (!canReadAt(fb, pos, static_cast<int>(sizeof(T)))) return false;
-    v = loadValue<T>(fb.buffer + pos, reverse);
+    loadValue(v, fb.buffer + pos, reverse);
     return true;
 }
 
@@ -210,7 +210,8 @@ bool _imgFileBuffer::readSint16(short& v, const bool& bigEndian) {
 bool _imgFileBuffer::readUint24(unsigned int& v, const bool& bigEndian) {
     constexpr long long width = 3;
     if (!canReadHere(*this, width)) return false;
-    const std::uint32_t word = loadValue<std::uint32_t>(buffer + bufPosition, false);
+    std::uint32_t word;
+    loadValue(word, buffer + bufPosition, false);
     v = bigEndian != dataBigEndian ? byteSwap(word) >> 8 : word;
     bufPosition += width;
     return true;
