@@ -11,7 +11,6 @@
 
 #include "lzw_encoder.h"
 #include "packbits.h"
-#include "wide_samples.h"
 
 namespace vktest {
 
@@ -48,15 +47,20 @@ float floatValue(const std::string& pattern, uint32_t x, uint32_t y, uint32_t s)
     return float(word(pattern, x, y, s)) / 60000.0f - 0.05f;
 }
 
+// One sample in the file's byte order: 8-bit samples are the word's high byte.
 void putSample(Bytes& out, const Recipe& r, uint32_t x, uint32_t y, uint32_t s)
 {
     const ImageSpec& im = r.image;
-    if (im.bitsPerSample == 8)
-        out.push_back(uint8_t(word(r.pattern, x, y, s) >> 8));
-    else if (im.bitsPerSample == 16)
-        putU16(out, word(r.pattern, x, y, s), im.bigEndian);
+    uint8_t b[4];
+    const uint16_t w = word(r.pattern, x, y, s);
+    const float f = floatValue(r.pattern, x, y, s);
+    const int n = im.bitsPerSample == 8 ? 1 : im.bitsPerSample == 16 ? 2 : 4;
+    if (n == 4)
+        std::memcpy(b, &f, 4); // the tests run on little-endian machines
     else
-        putFloat(out, floatValue(r.pattern, x, y, s), im.bigEndian);
+        b[0] = uint8_t(n == 1 ? w >> 8 : w), b[1] = uint8_t(w >> 8);
+    for (int i = 0; i < n; ++i)
+        out.push_back(im.bigEndian ? b[n - 1 - i] : b[i]);
 }
 
 // Horizontal differencing of 8- and 16-bit samples, row by row.
@@ -152,6 +156,8 @@ void setField(Recipe& r, const std::string& key, const std::string& v)
         r.alpha = {std::stoi(v)};
     else if (key == "entry")
         r.entries = {std::stoi(v)};
+    else if (key == "status" || key == "pixel")
+        r.expect[key] = v;
     else
         throw std::runtime_error("unknown recipe field " + key);
 }
@@ -238,7 +244,10 @@ std::vector<Recipe> readRecipes(const std::string& path)
         throw std::runtime_error("cannot read " + path);
     std::vector<Recipe> out;
     for (std::string line; std::getline(in, line);) {
-        line = line.substr(0, line.find('#'));
+        // " | text" ends a line with an expected text, kept whole (spaces, '#').
+        const size_t bar = line.find(" | ");
+        const std::string text = bar == std::string::npos ? "" : line.substr(bar + 3);
+        line = line.substr(0, std::min(bar, line.find('#')));
         std::vector<std::string> words;
         std::stringstream ws(line);
         for (std::string w; ws >> w;)
@@ -247,6 +256,8 @@ std::vector<Recipe> readRecipes(const std::string& path)
             continue;
         std::vector<Recipe> cases(1);
         cases[0].name = words[0];
+        if (bar != std::string::npos)
+            cases[0].expect["text"] = text;
         for (size_t i = 1; i < words.size(); ++i) {
             const size_t eq = words[i].find('=');
             const std::string key = words[i].substr(0, eq);
