@@ -3,8 +3,9 @@
 
 #include <cstdio>
 #include <fstream>
+#include <functional>
+#include <map>
 #include <sstream>
-#include <stdexcept>
 
 #include "shared/string/vk_string.h"
 
@@ -44,88 +45,63 @@ std::string show(const S& s)
     return out.empty() ? "\"\"" : out;
 }
 
+// Each operation changes the string (the result is then its units) or answers a number.
 template <class S>
 std::string run(const std::string& op, const std::vector<std::string>& a)
 {
     S s(a.at(0).c_str());
-    const auto arg = [&](size_t i) { return S(a.at(i).c_str()); };
+    const auto t = [&](size_t i) { return S(a.at(i).c_str()); };
+    const auto c = [&](size_t i) { return a.at(i).c_str(); };
     const auto n = [&](size_t i) { return std::stoi(a.at(i), nullptr, 0); };
-    const auto num = [](long long v) { return std::to_string(v); };
-    if (op == "make")
-        ;
-    else if (op == "assign")
-        s = a.at(1).c_str();
-    else if (op == "add")
-        s.add(a.at(1).c_str());
-    else if (op == "plus")
-        s += a.at(1).c_str();
-    else if (op == "addString")
-        s.add(arg(1));
-    else if (op == "plusSelf")
-        s += s;
-    else if (op == "addNr")
-        s.addNr(n(1));
-    else if (op == "indexOf")
-        return num(s.indexOf(arg(1), n(2)));
-    else if (op == "indexOfCaseSen")
-        return num(s.indexOfCaseSen(arg(1), n(2)));
-    else if (op == "indexOfChar")
-        return num(s.indexOf((unsigned short)a.at(1)[0], n(2)));
-    else if (op == "lastIndexOfChar")
-        return num(s.lastIndexOf((unsigned short)a.at(1)[0], n(2)));
-    else if (op == "compare")
-        return num((s.compare(arg(1)) > 0) - (s.compare(arg(1)) < 0));
-    else if (op == "equal")
-        return num(s == arg(1));
-    else if (op == "isEqual")
-        return num(s.isEqual(arg(1)));
-    else if (op == "less")
-        return num(s < arg(1));
-    else if (op == "contains")
-        return num(s.contains(arg(1)));
-    else if (op == "startsWith")
-        return num(s.startsWith(arg(1)));
-    else if (op == "endsWith")
-        return num(s.endsWith(arg(1)));
-    else if (op == "startsWithCaseSen")
-        return num(s.startsWithCaseSen(a.at(1).c_str()));
-    else if (op == "remove")
-        s.remove(n(1), n(2));
-    else if (op == "insert")
-        s.insert(n(1), arg(2));
-    else if (op == "insertSelf")
-        s.insert(n(1), s);
-    else if (op == "removeText")
-        s.remove(arg(1));
-    else if (op == "removeSelf")
-        s.remove(s);
-    else if (op == "removeCaseSens")
-        s.removeCaseSens(arg(1));
-    else if (op == "replace")
-        s.replace(arg(1), arg(2));
-    else if (op == "replaceCaseSen")
-        s.replaceCaseSen(arg(1), arg(2));
-    else if (op == "trim")
-        s.trim();
-    else if (op == "upper")
-        s.makeUpper();
-    else if (op == "lower")
-        s.makeLower();
-    else if (op == "left")
-        s = s.left(n(1));
-    else if (op == "mid")
-        s = s.mid(n(1), n(2));
-    else if constexpr (sizeof s.text[0] == 1) {
+    const auto u = [&](size_t i) { return (unsigned short)a.at(i)[0]; };
+    const std::map<std::string, std::function<long long()>> numbers = {
+        {"indexOf", [&] { return s.indexOf(t(1), n(2)); }},
+        {"indexOfCaseSen", [&] { return s.indexOfCaseSen(t(1), n(2)); }},
+        {"indexOfChar", [&] { return s.indexOf(u(1), n(2)); }},
+        {"lastIndexOfChar", [&] { return s.lastIndexOf(u(1), n(2)); }},
+        {"compare", [&] { return (s.compare(t(1)) > 0) - (s.compare(t(1)) < 0); }},
+        {"equal", [&] { return s == t(1); }},
+        {"isEqual", [&] { return s.isEqual(t(1)); }},
+        {"less", [&] { return s < t(1); }},
+        {"contains", [&] { return s.contains(t(1)); }},
+        {"startsWith", [&] { return s.startsWith(t(1)); }},
+        {"endsWith", [&] { return s.endsWith(t(1)); }},
+        {"startsWithCaseSen", [&] { return s.startsWithCaseSen(c(1)); }},
+    };
+    const std::map<std::string, std::function<void()>> edits = {
+        {"make", [] {}},
+        {"assign", [&] { s = c(1); }},
+        {"add", [&] { s.add(c(1)); }},
+        {"plus", [&] { s += c(1); }},
+        {"addString", [&] { s.add(t(1)); }},
+        {"plusSelf", [&] { s += s; }},
+        {"addNr", [&] { s.addNr(n(1)); }},
+        {"remove", [&] { s.remove(n(1), n(2)); }},
+        {"insert", [&] { s.insert(n(1), t(2)); }},
+        {"insertSelf", [&] { s.insert(n(1), s); }},
+        {"removeText", [&] { s.remove(t(1)); }},
+        {"removeSelf", [&] { s.remove(s); }},
+        {"removeCaseSens", [&] { s.removeCaseSens(t(1)); }},
+        {"replace", [&] { s.replace(t(1), t(2)); }},
+        {"replaceCaseSen", [&] { s.replaceCaseSen(t(1), t(2)); }},
+        {"trim", [&] { s.trim(); }},
+        {"upper", [&] { s.makeUpper(); }},
+        {"lower", [&] { s.makeLower(); }},
+        {"left", [&] { s = s.left(n(1)); }},
+        {"mid", [&] { s = s.mid(n(1), n(2)); }},
+    };
+    if (numbers.count(op))
+        return std::to_string(numbers.at(op)());
+    if constexpr (sizeof s.text[0] == 1) { // the 8-bit families' own members
+        bool ok = false;
+        const int v = op == "toInt" ? s.toInt(&ok) : 0;
+        if (op == "toInt")
+            return std::to_string(v) + (ok ? "_ok" : "_bad");
         if (op == "addNrWidth")
             s.addNr(n(1), (unsigned char)n(2));
-        else if (op == "toInt") {
-            bool ok = false;
-            const int v = s.toInt(&ok);
-            return num(v) + (ok ? "_ok" : "_bad");
-        } else
-            throw std::runtime_error("unknown string operation " + op);
-    } else
-        throw std::runtime_error("unknown string operation " + op);
+    }
+    if (op != "addNrWidth")
+        edits.at(op)();
     return show(s) + (s.length <= int(sizeof s.text / sizeof s.text[0]) - 1 && s.text[s.length] != 0 ? "<open>" : "");
 }
 
@@ -148,8 +124,6 @@ std::string runOther(const std::string& op, const std::vector<std::string>& a)
         l.append(_vkString<500>(a.at(1).c_str()), a.at(2) == "1", a.at(3) == "1");
     else if (op == "sort")
         l.sort(a.at(1) == "1");
-    else
-        throw std::runtime_error("unknown operation " + op);
     std::string out;
     for (int i = 0; i < l.count; ++i)
         out += (i ? "," : "") + show(l.items[i]);
