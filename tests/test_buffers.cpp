@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "shared/image/file_buffer.h"
+#include "plugin/records.h"
 #include "shared/image/rgba_buffer.h"
 
 using namespace vkP;
@@ -121,7 +122,7 @@ std::string runOther(const std::string& what, const std::string& op, const Args&
     fb.setFileSize(10);
     fb.bufPosition = whole(a.at(0));
     const bool big = a.size() > 1 && a.at(1) == "BE";
-    unsigned char u8 = 0, dest[16] = {};
+    alignas(_imgPluginBuffer) unsigned char u8 = 0, dest[16] = {};
     unsigned short u16 = 0;
     unsigned int u32 = 0;
     bool ok = false;
@@ -137,7 +138,11 @@ std::string runOther(const std::string& what, const std::string& op, const Args&
         ok = fb.readUint32P(u32, whole(a.at(1)), false);
     else if (op == "readBuffer")
         ok = fb.readBuffer(dest, whole(a.at(1))), u32 = dest[0];
-    else if (op == "seek")
+    else if (op == "pluginRead") { // into a plug-in buffer block, from the position
+        std::memset(dest, 0xEE, sizeof dest);
+        ok = reinterpret_cast<_imgPluginBuffer*>(dest)->readfromFileBuffer(&fb, short(whole(a.at(1))));
+        u32 = dest[0] | unsigned(dest[whole(a.at(1)) > 0 && whole(a.at(1)) < 16 ? whole(a.at(1)) : 0]) << 8;
+    } else if (op == "seek")
         ok = fb.setBufPosition(std::stoll(a.at(1)));
     else if (op == "offset")
         ok = fb.offsetBufPosition(std::stoll(a.at(1)));

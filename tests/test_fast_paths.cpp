@@ -1,4 +1,4 @@
-// test_fast_paths.cpp - fast against plain path on random images, float edge values, large targets and raw LZW streams
+// test_fast_paths.cpp - fast against plain path on random images, float edge values and large targets
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -8,7 +8,6 @@
 #include "support/decode_run.h"
 #include "support/lzw_encoder.h"
 #include "support/packbits.h"
-#include "tiff/lzw_fast.h"
 
 namespace {
 
@@ -199,54 +198,6 @@ TEST(FastPaths, ChunksIntoLargeTargets)
                         << "tile width " << tileWidth << " samples " << samples << " target " << targetWidth;
                 }
         }
-}
-
-// The whole-strip LZW decoder against the resumable one: count, bytes and
-// the state it leaves, on streams with clear codes, bad codes, missing ends.
-TEST(FastPaths, LzwStripDecoderMatchesStreamDecoder)
-{
-    std::mt19937 rng(5);
-    const auto expectSame = [](const Bytes& stream, int len) {
-        LZWState plain{}, fast{};
-        Bytes input = stream;
-        input.push_back(0);
-        ff_lzw_decode_init(&plain, 8, input.data(), int(stream.size()), lzwModeTiff);
-        ff_lzw_decode_init(&fast, 8, input.data(), int(stream.size()), lzwModeTiff);
-        ASSERT_TRUE(lzwFreshTiffStart(fast));
-        Bytes outPlain(size_t(len) + 16, 0xAB), outFast(size_t(len) + 16, 0xAB);
-        const int n = ff_lzw_decode(&plain, outPlain.data(), len);
-        ASSERT_EQ(lzwDecodeStrip(&fast, outFast.data(), len), n);
-        EXPECT_TRUE(std::equal(outPlain.begin(), outPlain.begin() + n, outFast.begin()));
-        EXPECT_EQ(0, std::memcmp(plain.suffix, fast.suffix, sizeof plain.suffix));
-        EXPECT_EQ(0, std::memcmp(plain.prefix, fast.prefix, sizeof plain.prefix));
-        EXPECT_EQ(plain.stackTop - plain.pending, fast.stackTop - fast.pending);
-        const int state[] = {plain.bitCount, plain.endOfInput, plain.nextCode, plain.prevCode, plain.firstChar,
-                             plain.codeWidth, plain.codeMask, plain.endCode, plain.tableLimit, plain.growAt};
-        const int fastState[] = {fast.bitCount, fast.endOfInput, fast.nextCode, fast.prevCode, fast.firstChar,
-                                 fast.codeWidth, fast.codeMask, fast.endCode, fast.tableLimit, fast.growAt};
-        EXPECT_TRUE(std::equal(std::begin(state), std::end(state), fastState));
-        EXPECT_EQ(plain.bitBuffer, fast.bitBuffer);
-        EXPECT_EQ(plain.readPos, fast.readPos);
-        EXPECT_EQ(0, std::memcmp(plain.pending, fast.pending, size_t(plain.stackTop - plain.pending)));
-    };
-    for (int i = 0; i < 300; ++i) {
-        SCOPED_TRACE(i);
-        const Bytes data = pictureBytes(rng, 1 + rng() % 9000);
-        std::vector<LzwCode> codes = lzwEncodeCodes(data, true, rng() % 2);
-        const long at = long(1 + rng() % (codes.size() - 1));
-        switch (rng() % 7) {
-        case 0: codes.erase(codes.begin()); break; // no clear code first
-        case 1: codes[at].code = std::min((1 << codes[at].width) - 1, 3000 + int(rng() % 1000)); break; // beyond the table
-        case 2: codes.pop_back(); break; // no end code: the input runs out into zeros
-        case 3: codes.insert(codes.begin() + at, {{lzwClear, codes[at].width}, {lzwEnd, 9}}); break;
-        case 4: codes.insert(codes.begin() + at, 1 + rng() % 3, LzwCode{lzwClear, codes[at].width}); break;
-        default: break;
-        }
-        const int size = int(data.size());
-        for (int len : {size, size / 2 + 1, size + 50, 1})
-            expectSame(packCodesMsb(codes), len);
-        expectSame(pictureBytes(rng, 1 + rng() % 3000), 1 + int(rng() % 9000)); // never a stream
-    }
 }
 
 } // namespace
