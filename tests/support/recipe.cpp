@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 #include <fstream>
+#include <functional>
 #include <limits>
 #include <map>
 #include <sstream>
@@ -115,51 +116,33 @@ std::vector<std::string> split(const std::string& s, char sep)
 void setField(Recipe& r, const std::string& key, const std::string& v)
 {
     ImageSpec& im = r.image;
-    if (key == "order")
-        im.bigEndian = v == "MM";
-    else if (key == "size")
-        std::tie(im.width, im.height) = dims(v);
-    else if (key == "bits")
-        im.bitsPerSample = uint16_t(std::stoul(v));
-    else if (key == "spp")
-        im.samplesPerPixel = uint16_t(std::stoul(v));
-    else if (key == "comp")
-        im.compression = uint16_t(std::stoul(v));
-    else if (key == "pred")
-        im.predictor = uint16_t(std::stoul(v));
-    else if (key == "rps")
-        im.rowsPerStrip = uint32_t(std::stoul(v));
-    else if (key == "tile")
-        std::tie(im.tileWidth, im.tileLength) = dims(v);
-    else if (key == "pattern")
-        r.pattern = v;
-    else if (key == "lzwfull")
-        r.lzwClearWhenFull = v == "0";
-    else if (key == "headload")
-        r.headLoaded = v;
-    else if (key == "loaded")
-        r.loaded = v;
-    else if (key == "edit")
-        r.edits = split(v, '&');
-    else if (key == "counts")
-        r.countDelta = std::stoll(v);
-    else if (key == "tag")
-        r.tags = split(v, '&');
-    else if (key == "drop")
-        for (const std::string& t : split(v, '&'))
-            r.drop.push_back(uint16_t(std::stoul(t)));
-    else if (key == "patch")
-        r.patches = split(v, '&');
-    else if (key == "target")
-        r.target = v;
-    else if (key == "alpha")
-        r.alpha = {std::stoi(v)};
-    else if (key == "entry")
-        r.entries = {std::stoi(v)};
-    else if (key == "status" || key == "pixel")
-        r.expect[key] = v;
-    else
+    const auto n = [&v] { return uint32_t(std::stoul(v)); };
+    const std::map<std::string, std::function<void()>> fields = {
+        {"order", [&] { im.bigEndian = v == "MM"; }},
+        {"size", [&] { std::tie(im.width, im.height) = dims(v); }},
+        {"bits", [&] { im.bitsPerSample = uint16_t(n()); }},
+        {"spp", [&] { im.samplesPerPixel = uint16_t(n()); }},
+        {"comp", [&] { im.compression = uint16_t(n()); }},
+        {"pred", [&] { im.predictor = uint16_t(n()); }},
+        {"rps", [&] { im.rowsPerStrip = n(); }},
+        {"tile", [&] { std::tie(im.tileWidth, im.tileLength) = dims(v); }},
+        {"pattern", [&] { r.pattern = v; }},
+        {"lzwfull", [&] { r.lzwClearWhenFull = v == "0"; }},
+        {"headload", [&] { r.headLoaded = v; }},
+        {"loaded", [&] { r.loaded = v; }},
+        {"edit", [&] { r.edits = split(v, '&'); }},
+        {"counts", [&] { r.countDelta = std::stoll(v); }},
+        {"tag", [&] { r.tags = split(v, '&'); }},
+        {"drop", [&] { for (const std::string& t : split(v, '&')) r.drop.push_back(uint16_t(std::stoul(t))); }},
+        {"patch", [&] { r.patches = split(v, '&'); }},
+        {"target", [&] { r.target = v; }},
+        {"alpha", [&] { r.alpha = {std::stoi(v)}; }},
+        {"entry", [&] { r.entries = {std::stoi(v)}; }},
+        {"status", [&] { r.expect[key] = v; }},
+    };
+    if (!fields.count(key))
         throw std::runtime_error("unknown recipe field " + key);
+    fields.at(key)();
 }
 
 unsigned int& field(TiffHeader& h, const std::string& name)

@@ -28,7 +28,7 @@ struct Recipe {
     std::string target;             // "" header size, "WxH", or "WxH/capacity"
     std::vector<int> alpha{0, 1};
     std::vector<int> entries{8, 16, 32};
-    std::map<std::string, std::string> expect; // what a runner checks: status=N, pixel=..., text
+    std::map<std::string, std::string> expect; // what a runner checks: status=N, text
 
     Bytes build() const;
     static long long loadedBytes(const std::string& loaded, size_t fileSize); // -1: whole file
