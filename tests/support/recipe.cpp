@@ -38,8 +38,31 @@ uint16_t word(const std::string& pattern, uint32_t x, uint32_t y, uint32_t s)
     return uint16_t((x * 997 + y * 2311 + s * 7919) & 0xFFFF) ^ ((h & 7) == 0 ? uint16_t(h >> 20) : 0);
 }
 
+// Floats at the edges of the narrowing rule: NaNs quiet and signalling, signed
+// zeros, denormals, infinities, the floats around 1 and around k / 65535 and
+// k / 255 (the vector rows must meet every case the scalar rule separates).
+std::vector<uint32_t> floatEdgeBits()
+{
+    std::vector<uint32_t> bits = {0x7FC00000u, 0x7FA00000u, 0xFFC00001u, 0x7F800001u, 0x00000000u, 0x80000000u,
+                                  0x00000001u, 0x007FFFFFu, 0x7F800000u, 0xFF800000u, 0xBF800000u, 0x3F7FFFFFu,
+                                  0x3F800000u, 0x3F800001u, 0x477FFF00u, 0x3F000000u};
+    for (uint32_t k : {1u, 2u, 3u, 127u, 128u, 254u, 255u, 256u, 257u, 32767u, 32768u, 65533u, 65534u})
+        for (float v : {float(k) / 65535.0f, float(k) / 255.0f}) {
+            uint32_t b;
+            std::memcpy(&b, &v, 4);
+            bits.insert(bits.end(), {b - 1, b, b + 1});
+        }
+    return bits;
+}
+
 float floatValue(const std::string& pattern, uint32_t x, uint32_t y, uint32_t s)
 {
+    if (pattern == "floatbits") {
+        static const std::vector<uint32_t> edges = floatEdgeBits();
+        float f;
+        std::memcpy(&f, &edges[(x * 7 + y * 13 + s * 3) % edges.size()], 4);
+        return f;
+    }
     static constexpr float specials[] = {0.0f, -0.0f, 1.0f, -1.0f, 2.5f, 1e-40f, 0.99999994f,
                                          std::numeric_limits<float>::infinity(),
                                          std::numeric_limits<float>::quiet_NaN(), 65535.0f};
