@@ -72,53 +72,20 @@ float floatValue(const std::string& pattern, uint32_t x, uint32_t y, uint32_t s)
 }
 
 // One sample in the file's byte order: 8-bit samples are the word's high byte.
-void putSample(Bytes& out, const Recipe& r, uint32_t x, uint32_t y, uint32_t s)
+// Differenced (the horizontal predictor, 8 and 16 bits), it is the difference
+// to the same sample of the pixel on its left, modulo the sample's range.
+void putSample(Bytes& out, const Recipe& r, uint32_t x, uint32_t y, uint32_t s, bool differenced)
 {
     const ImageSpec& im = r.image;
-    uint8_t b[4];
-    const uint16_t w = word(r.pattern, x, y, s);
-    const float f = floatValue(r.pattern, x, y, s);
     const int n = im.bitsPerSample == 8 ? 1 : im.bitsPerSample == 16 ? 2 : 4;
+    const auto value = [&](uint32_t at) { return uint16_t(word(r.pattern, at, y, s) >> (n == 1 ? 8 : 0)); };
+    const uint16_t v = uint16_t(value(x) - (differenced && n < 4 ? value(x - 1) : 0));
+    const float f = floatValue(r.pattern, x, y, s);
+    uint8_t b[4] = {uint8_t(v), uint8_t(v >> 8)};
     if (n == 4)
         std::memcpy(b, &f, 4); // the tests run on little-endian machines
-    else
-        b[0] = uint8_t(n == 1 ? w >> 8 : w), b[1] = uint8_t(w >> 8);
     for (int i = 0; i < n; ++i)
         out.push_back(im.bigEndian ? b[n - 1 - i] : b[i]);
-}
-
-// Horizontal differencing of 8- and 16-bit samples, row by row.
-void difference(Bytes& raw, const ImageSpec& im, uint32_t chunkWidth)
-{
-    const uint32_t spp = im.samplesPerPixel;
-    if (im.bitsPerSample == 8) {
-        const size_t row = size_t(chunkWidth) * spp;
-        for (size_t r0 = 0; r0 + row <= raw.size(); r0 += row)
-            for (size_t i = row; i-- > spp;)
-                raw[r0 + i] = uint8_t(raw[r0 + i] - raw[r0 + i - spp]);
-    } else if (im.bitsPerSample == 16) {
-        const size_t row = size_t(chunkWidth) * spp * 2;
-        auto get = [&](size_t i) {
-            return im.bigEndian ? uint16_t(raw[i] << 8 | raw[i + 1]) : uint16_t(raw[i + 1] << 8 | raw[i]);
-        };
-        for (size_t r0 = 0; r0 + row <= raw.size(); r0 += row)
-            for (size_t i = row - 2; i >= spp * 2 && i < row; i -= 2) {
-                const uint16_t d = uint16_t(get(r0 + i) - get(r0 + i - spp * 2));
-                raw[r0 + i] = uint8_t(im.bigEndian ? d >> 8 : d);
-                raw[r0 + i + 1] = uint8_t(im.bigEndian ? d : d >> 8);
-            }
-    }
-}
-
-Bytes encode(const Recipe& r, Bytes raw, uint32_t chunkWidth)
-{
-    if (r.image.predictor == 2)
-        difference(raw, r.image, chunkWidth);
-    if (r.image.compression == 5)
-        return lzwEncodeTiff(raw, r.lzwClearWhenFull);
-    if (r.image.compression == 32773)
-        return packBitsEncode(raw);
-    return raw;
 }
 
 std::pair<uint32_t, uint32_t> dims(const std::string& v)
@@ -203,8 +170,12 @@ Bytes Recipe::build() const
             for (uint32_t j = 0; j < rows; ++j)
                 for (uint32_t i = 0; i < chunkW; ++i)
                     for (uint32_t s = 0; s < im.samplesPerPixel; ++s)
-                        putSample(raw, *this, cx * chunkW + i, cy * chunkH + j, s);
-            im.chunks.push_back(encode(*this, raw, chunkW));
+                        putSample(raw, *this, cx * chunkW + i, cy * chunkH + j, s, i > 0 && im.predictor == 2);
+            if (im.compression == 5)
+                raw = lzwEncodeTiff(raw, lzwClearWhenFull);
+            else if (im.compression == 32773)
+                raw = packBitsEncode(raw);
+            im.chunks.push_back(raw);
         }
     im.countDelta = countDelta;
     im.dropTags = drop;
