@@ -3,10 +3,11 @@
 
 Usage: make_seeds.py OUT [TEST_BIN_DIR]
 
-Seed images come from the one list SOURCES: files of the repository and the
-files that built tests load (collected through VKTIFF_DUMP_DIR): test_golden
-loads every case of tests/data/decode_cases.txt and every tool-made file of
-tests/data/make_corpus.py, all depths. A missing file or program, or one that
+Seed images come from the one list SOURCES: a folder of the repository, the
+files a built test loads (collected through VKTIFF_DUMP_DIR: test_golden's
+decode cases are every case of tests/data/decode_cases.txt, all depths), and
+the files a script writes (tests/data/make_corpus.py: PIL, tifffile and tiffcp
+images of all depths). A missing folder, program or tool, or a source that
 gives no image, stops the script: a corpus quietly short of a family of
 images would fuzz less than it seems to.
 Each file becomes a whole-file seed (with the harness's control bytes in
@@ -24,7 +25,8 @@ import tempfile
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 SOURCES = [
     ("files", "samples"),
-    ("test", "test_golden"),
+    ("test", "test_golden --gtest_filter=Golden.DecodeCases"),
+    ("script", "tests/data/make_corpus.py"),
 ]
 MAX_SEED = 256 * 1024
 
@@ -35,12 +37,17 @@ def collect_files(test_bin_dir):
         with tempfile.TemporaryDirectory() as dump:
             if kind == "files":
                 folder = os.path.join(ROOT, name)
+            elif kind == "script":
+                folder = dump
+                if subprocess.run(["/usr/bin/python3", os.path.join(ROOT, name), dump]).returncode != 0:
+                    sys.exit("make_seeds.py: %s could not write its images" % name)
             else:
-                exe = os.path.join(test_bin_dir or "(no TEST_BIN_DIR given)", name)
+                program, *args = name.split()
+                exe = os.path.join(test_bin_dir or "(no TEST_BIN_DIR given)", program)
                 if not os.access(exe, os.X_OK):
                     sys.exit("make_seeds.py: %s is missing" % exe)
                 env = dict(os.environ, VKTIFF_DUMP_DIR=dump)
-                subprocess.run([exe], env=env, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+                subprocess.run([exe] + args, env=env, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
                 folder = dump
             found = sorted(n for n in os.listdir(folder) if n.endswith(".tif"))
             if not found:
