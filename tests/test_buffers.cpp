@@ -142,6 +142,14 @@ std::string runOther(const std::string& what, const std::string& op, const Args&
         std::memset(dest, 0xEE, sizeof dest);
         ok = reinterpret_cast<_imgPluginBuffer*>(dest)->readfromFileBuffer(&fb, short(whole(a.at(1))));
         u32 = dest[0] | unsigned(dest[whole(a.at(1)) > 0 && whole(a.at(1)) < 16 ? whole(a.at(1)) : 0]) << 8;
+    } else if (op.compare(0, 5, "write") == 0) { // value (hex) in the wanted order; the 4 bytes from the position
+        const long long at = fb.bufPosition;
+        const unsigned v = unsigned(std::stoul(a.at(2), nullptr, 16));
+        ok = op == "write16" ? fb.writeUint16(uint16_t(v), big)
+             : op == "write24" ? fb.writeUint24(v, big)
+                               : fb.writeUint32(v, big);
+        for (long long i = std::min(at + 3, 15LL); i >= at; --i)
+            u32 = u32 << 8 | fb.buffer[i];
     } else if (op == "seek")
         ok = fb.setBufPosition(std::stoll(a.at(1)));
     else if (op == "offset")
