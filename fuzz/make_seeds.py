@@ -3,8 +3,13 @@
 
 Usage: make_seeds.py OUT [TEST_BIN_DIR]
 
-Seeds come from samples/*.tif and, when TEST_BIN_DIR holds built decoder
-tests, from every file those tests build (collected through VKTIFF_DUMP_DIR).
+Seed images come from the one list SOURCES: a folder of the repository, the
+files a built test loads (collected through VKTIFF_DUMP_DIR: test_golden's
+decode cases are every case of tests/data/decode_cases.txt, all depths), and
+the files a script writes (tests/data/make_corpus.py: PIL, tifffile and tiffcp
+images of all depths). A missing folder, program or tool, or a source that
+gives no image, stops the script: a corpus quietly short of a family of
+images would fuzz less than it seems to.
 Each file becomes a whole-file seed (with the harness's control bytes in
 front) and, for the LZW target, its bytes after the 8-byte header become a
 stream in both modes. The operation harness gets a few fixed pseudo-random
@@ -18,26 +23,37 @@ import sys
 import tempfile
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
-DECODER_TESTS = ["test_load_header", "test_decode8_strips", "test_decode8_tiles", "test_decode16", "test_decodef"]
+SOURCES = [
+    ("files", "samples"),
+    ("test", "test_golden --gtest_filter=Golden.DecodeCases"),
+    ("script", "tests/data/make_corpus.py"),
+]
 MAX_SEED = 256 * 1024
 
 
 def collect_files(test_bin_dir):
     files = []
-    samples = os.path.join(ROOT, "samples")
-    for name in sorted(os.listdir(samples)):
-        if name.endswith(".tif"):
-            with open(os.path.join(samples, name), "rb") as f:
-                files.append(f.read())
-    if test_bin_dir:
+    for kind, name in SOURCES:
         with tempfile.TemporaryDirectory() as dump:
-            env = dict(os.environ, VKTIFF_DUMP_DIR=dump)
-            for test in DECODER_TESTS:
-                exe = os.path.join(test_bin_dir, test)
-                if os.path.exists(exe):
-                    subprocess.run([exe], env=env, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-            for name in sorted(os.listdir(dump)):
-                with open(os.path.join(dump, name), "rb") as f:
+            if kind == "files":
+                folder = os.path.join(ROOT, name)
+            elif kind == "script":
+                folder = dump
+                if subprocess.run(["/usr/bin/python3", os.path.join(ROOT, name), dump]).returncode != 0:
+                    sys.exit("make_seeds.py: %s could not write its images" % name)
+            else:
+                program, *args = name.split()
+                exe = os.path.join(test_bin_dir or "(no TEST_BIN_DIR given)", program)
+                if not os.access(exe, os.X_OK):
+                    sys.exit("make_seeds.py: %s is missing" % exe)
+                env = dict(os.environ, VKTIFF_DUMP_DIR=dump)
+                subprocess.run([exe] + args, env=env, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+                folder = dump
+            found = sorted(n for n in os.listdir(folder) if n.endswith(".tif"))
+            if not found:
+                sys.exit("make_seeds.py: no image from %s %s" % (kind, name))
+            for n in found:
+                with open(os.path.join(folder, n), "rb") as f:
                     files.append(f.read())
     return [f for f in files if len(f) <= MAX_SEED]
 

@@ -1,7 +1,10 @@
 #!/usr/bin/python3
 """Writes the tool-made test files into the folder given: 8-bit RGB and RGBA by
 PIL, 16-bit and float by tifffile, each copied by tiffcp into every layout and
-compression the plug-in reads. Exit status 77 when a tool is missing."""
+compression the plug-in reads. Beside them, STEM.samples holds the samples the
+tools wrote (little-endian, interleaved) for every file named STEM_*.tif; PIL
+must read the same 8-bit samples back from each copy. Exit status 77 when a
+tool is missing."""
 import os
 import shutil
 import subprocess
@@ -41,17 +44,22 @@ def picture(channels, dtype, scale):
     return a
 
 
-def copies(original, stem, names, big_endian):
+def copies(original, stem, names, big_endian, pixels=None):
     for name in names:
         args = COPIES[name] + (['-B'] if big_endian else ['-L'])
-        subprocess.run(['tiffcp'] + args + [original, os.path.join(out, stem + '_' + name + '.tif')], check=True)
+        path = os.path.join(out, stem + '_' + name + '.tif')
+        subprocess.run(['tiffcp'] + args + [original, path], check=True)
+        if pixels is not None and not np.array_equal(np.asarray(Image.open(path)), pixels):
+            sys.exit('PIL reads other samples from ' + path)
 
 
 for mode, channels in (('RGB', 3), ('RGBA', 4)):
     original = os.path.join(out, 'pil_' + mode.lower() + '8.tif')
-    Image.fromarray(picture(channels, np.uint8, 256), mode).save(original, compression=None)
+    a = picture(channels, np.uint8, 256)
+    Image.fromarray(a, mode).save(original, compression=None)
+    a.tofile(os.path.join(out, mode.lower() + '8.samples'))
     for big in (False, True):
-        copies(original, mode.lower() + '8' + ('_mm' if big else ''), COPIES, big)
+        copies(original, mode.lower() + '8' + ('_mm' if big else ''), COPIES, big, a)
 
 strip_copies = [n for n in COPIES if not n.startswith('tiles')]
 for bits, dtype, scale in ((16, np.uint16, 65536), (32, np.float32, 1)):
@@ -63,6 +71,7 @@ for bits, dtype, scale in ((16, np.uint16, 65536), (32, np.float32, 1)):
         else:
             a = picture(channels, dtype, scale)
         stem = 'tifffile_%d_%d' % (bits, channels)
+        a.astype(a.dtype.newbyteorder('<')).tofile(os.path.join(out, stem + '.samples'))
         original = os.path.join(out, stem + '.tif')
         tifffile.imwrite(original, a, photometric='rgb', planarconfig='contig',
                          extrasamples=[2] if channels == 4 else None)

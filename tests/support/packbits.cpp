@@ -1,4 +1,4 @@
-// packbits.cpp - test helper: PackBits encoders
+// packbits.cpp - test helper: PackBits encoder
 #include "packbits.h"
 
 #include <algorithm>
@@ -41,14 +41,6 @@ Bytes packBitsEncode(const Bytes& data)
         }
     }
     flushLiteral(data.size());
-    return out;
-}
-
-Bytes packBitsLiteral(const Bytes& data)
-{
-    Bytes out;
-    for (size_t i = 0; i < data.size(); i += maxPacket)
-        putLiteral(out, data.data() + i, std::min(maxPacket, data.size() - i));
     return out;
 }
 

@@ -1,4 +1,4 @@
-// packbits.h - test helper: PackBits encoders (runs and literals, or literals only)
+// packbits.h - test helper: PackBits encoder (runs and literals)
 #pragma once
 
 #include <cstdint>
@@ -11,8 +11,5 @@ using Bytes = std::vector<uint8_t>;
 // Run packets for every run of three or more equal bytes (up to 128 each),
 // literal packets of up to 128 bytes in between.
 Bytes packBitsEncode(const Bytes& data);
-
-// Literal packets only, each of up to 128 bytes.
-Bytes packBitsLiteral(const Bytes& data);
 
 } // namespace vktest

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 #include <fstream>
+#include <functional>
 #include <limits>
 #include <map>
 #include <sstream>
@@ -11,7 +12,6 @@
 
 #include "lzw_encoder.h"
 #include "packbits.h"
-#include "wide_samples.h"
 
 namespace vktest {
 
@@ -38,8 +38,31 @@ uint16_t word(const std::string& pattern, uint32_t x, uint32_t y, uint32_t s)
     return uint16_t((x * 997 + y * 2311 + s * 7919) & 0xFFFF) ^ ((h & 7) == 0 ? uint16_t(h >> 20) : 0);
 }
 
+// Floats at the edges of the narrowing rule: NaNs quiet and signalling, signed
+// zeros, denormals, infinities, the floats around 1 and around k / 65535 and
+// k / 255 (the vector rows must meet every case the scalar rule separates).
+std::vector<uint32_t> floatEdgeBits()
+{
+    std::vector<uint32_t> bits = {0x7FC00000u, 0x7FA00000u, 0xFFC00001u, 0x7F800001u, 0x00000000u, 0x80000000u,
+                                  0x00000001u, 0x007FFFFFu, 0x7F800000u, 0xFF800000u, 0xBF800000u, 0x3F7FFFFFu,
+                                  0x3F800000u, 0x3F800001u, 0x477FFF00u, 0x3F000000u};
+    for (uint32_t k : {1u, 2u, 3u, 127u, 128u, 254u, 255u, 256u, 257u, 32767u, 32768u, 65533u, 65534u})
+        for (float v : {float(k) / 65535.0f, float(k) / 255.0f}) {
+            uint32_t b;
+            std::memcpy(&b, &v, 4);
+            bits.insert(bits.end(), {b - 1, b, b + 1});
+        }
+    return bits;
+}
+
 float floatValue(const std::string& pattern, uint32_t x, uint32_t y, uint32_t s)
 {
+    if (pattern == "floatbits") {
+        static const std::vector<uint32_t> edges = floatEdgeBits();
+        float f;
+        std::memcpy(&f, &edges[(x * 7 + y * 13 + s * 3) % edges.size()], 4);
+        return f;
+    }
     static constexpr float specials[] = {0.0f, -0.0f, 1.0f, -1.0f, 2.5f, 1e-40f, 0.99999994f,
                                          std::numeric_limits<float>::infinity(),
                                          std::numeric_limits<float>::quiet_NaN(), 65535.0f};
@@ -48,49 +71,21 @@ float floatValue(const std::string& pattern, uint32_t x, uint32_t y, uint32_t s)
     return float(word(pattern, x, y, s)) / 60000.0f - 0.05f;
 }
 
-void putSample(Bytes& out, const Recipe& r, uint32_t x, uint32_t y, uint32_t s)
+// One sample in the file's byte order: 8-bit samples are the word's high byte.
+// Differenced (the horizontal predictor, 8 and 16 bits), it is the difference
+// to the same sample of the pixel on its left, modulo the sample's range.
+void putSample(Bytes& out, const Recipe& r, uint32_t x, uint32_t y, uint32_t s, bool differenced)
 {
     const ImageSpec& im = r.image;
-    if (im.bitsPerSample == 8)
-        out.push_back(uint8_t(word(r.pattern, x, y, s) >> 8));
-    else if (im.bitsPerSample == 16)
-        putU16(out, word(r.pattern, x, y, s), im.bigEndian);
-    else
-        putFloat(out, floatValue(r.pattern, x, y, s), im.bigEndian);
-}
-
-// Horizontal differencing of 8- and 16-bit samples, row by row.
-void difference(Bytes& raw, const ImageSpec& im, uint32_t chunkWidth)
-{
-    const uint32_t spp = im.samplesPerPixel;
-    if (im.bitsPerSample == 8) {
-        const size_t row = size_t(chunkWidth) * spp;
-        for (size_t r0 = 0; r0 + row <= raw.size(); r0 += row)
-            for (size_t i = row; i-- > spp;)
-                raw[r0 + i] = uint8_t(raw[r0 + i] - raw[r0 + i - spp]);
-    } else if (im.bitsPerSample == 16) {
-        const size_t row = size_t(chunkWidth) * spp * 2;
-        auto get = [&](size_t i) {
-            return im.bigEndian ? uint16_t(raw[i] << 8 | raw[i + 1]) : uint16_t(raw[i + 1] << 8 | raw[i]);
-        };
-        for (size_t r0 = 0; r0 + row <= raw.size(); r0 += row)
-            for (size_t i = row - 2; i >= spp * 2 && i < row; i -= 2) {
-                const uint16_t d = uint16_t(get(r0 + i) - get(r0 + i - spp * 2));
-                raw[r0 + i] = uint8_t(im.bigEndian ? d >> 8 : d);
-                raw[r0 + i + 1] = uint8_t(im.bigEndian ? d : d >> 8);
-            }
-    }
-}
-
-Bytes encode(const Recipe& r, Bytes raw, uint32_t chunkWidth)
-{
-    if (r.image.predictor == 2)
-        difference(raw, r.image, chunkWidth);
-    if (r.image.compression == 5)
-        return lzwEncodeTiff(raw, r.lzwClearWhenFull);
-    if (r.image.compression == 32773)
-        return packBitsEncode(raw);
-    return raw;
+    const int n = im.bitsPerSample == 8 ? 1 : im.bitsPerSample == 16 ? 2 : 4;
+    const auto value = [&](uint32_t at) { return uint16_t(word(r.pattern, at, y, s) >> (n == 1 ? 8 : 0)); };
+    const uint16_t v = uint16_t(value(x) - (differenced && n < 4 ? value(x - 1) : 0));
+    const float f = floatValue(r.pattern, x, y, s);
+    uint8_t b[4] = {uint8_t(v), uint8_t(v >> 8)};
+    if (n == 4)
+        std::memcpy(b, &f, 4); // the tests run on little-endian machines
+    for (int i = 0; i < n; ++i)
+        out.push_back(im.bigEndian ? b[n - 1 - i] : b[i]);
 }
 
 std::pair<uint32_t, uint32_t> dims(const std::string& v)
@@ -111,49 +106,33 @@ std::vector<std::string> split(const std::string& s, char sep)
 void setField(Recipe& r, const std::string& key, const std::string& v)
 {
     ImageSpec& im = r.image;
-    if (key == "order")
-        im.bigEndian = v == "MM";
-    else if (key == "size")
-        std::tie(im.width, im.height) = dims(v);
-    else if (key == "bits")
-        im.bitsPerSample = uint16_t(std::stoul(v));
-    else if (key == "spp")
-        im.samplesPerPixel = uint16_t(std::stoul(v));
-    else if (key == "comp")
-        im.compression = uint16_t(std::stoul(v));
-    else if (key == "pred")
-        im.predictor = uint16_t(std::stoul(v));
-    else if (key == "rps")
-        im.rowsPerStrip = uint32_t(std::stoul(v));
-    else if (key == "tile")
-        std::tie(im.tileWidth, im.tileLength) = dims(v);
-    else if (key == "pattern")
-        r.pattern = v;
-    else if (key == "lzwfull")
-        r.lzwClearWhenFull = v == "0";
-    else if (key == "headload")
-        r.headLoaded = v;
-    else if (key == "loaded")
-        r.loaded = v;
-    else if (key == "edit")
-        r.edits = split(v, '&');
-    else if (key == "counts")
-        r.countDelta = std::stoll(v);
-    else if (key == "tag")
-        r.tags = split(v, '&');
-    else if (key == "drop")
-        for (const std::string& t : split(v, '&'))
-            r.drop.push_back(uint16_t(std::stoul(t)));
-    else if (key == "patch")
-        r.patches = split(v, '&');
-    else if (key == "target")
-        r.target = v;
-    else if (key == "alpha")
-        r.alpha = {std::stoi(v)};
-    else if (key == "entry")
-        r.entries = {std::stoi(v)};
-    else
+    const auto n = [&v] { return uint32_t(std::stoul(v)); };
+    const std::map<std::string, std::function<void()>> fields = {
+        {"order", [&] { im.bigEndian = v == "MM"; }},
+        {"size", [&] { std::tie(im.width, im.height) = dims(v); }},
+        {"bits", [&] { im.bitsPerSample = uint16_t(n()); }},
+        {"spp", [&] { im.samplesPerPixel = uint16_t(n()); }},
+        {"comp", [&] { im.compression = uint16_t(n()); }},
+        {"pred", [&] { im.predictor = uint16_t(n()); }},
+        {"rps", [&] { im.rowsPerStrip = n(); }},
+        {"tile", [&] { std::tie(im.tileWidth, im.tileLength) = dims(v); }},
+        {"pattern", [&] { r.pattern = v; }},
+        {"lzwfull", [&] { r.lzwClearWhenFull = v == "0"; }},
+        {"headload", [&] { r.headLoaded = v; }},
+        {"loaded", [&] { r.loaded = v; }},
+        {"edit", [&] { r.edits = split(v, '&'); }},
+        {"counts", [&] { r.countDelta = std::stoll(v); }},
+        {"tag", [&] { r.tags = split(v, '&'); }},
+        {"drop", [&] { for (const std::string& t : split(v, '&')) r.drop.push_back(uint16_t(std::stoul(t))); }},
+        {"patch", [&] { r.patches = split(v, '&'); }},
+        {"target", [&] { r.target = v; }},
+        {"alpha", [&] { r.alpha = {std::stoi(v)}; }},
+        {"entry", [&] { r.entries = {std::stoi(v)}; }},
+        {"status", [&] { r.expect[key] = v; }},
+    };
+    if (!fields.count(key))
         throw std::runtime_error("unknown recipe field " + key);
+    fields.at(key)();
 }
 
 unsigned int& field(TiffHeader& h, const std::string& name)
@@ -191,8 +170,12 @@ Bytes Recipe::build() const
             for (uint32_t j = 0; j < rows; ++j)
                 for (uint32_t i = 0; i < chunkW; ++i)
                     for (uint32_t s = 0; s < im.samplesPerPixel; ++s)
-                        putSample(raw, *this, cx * chunkW + i, cy * chunkH + j, s);
-            im.chunks.push_back(encode(*this, raw, chunkW));
+                        putSample(raw, *this, cx * chunkW + i, cy * chunkH + j, s, i > 0 && im.predictor == 2);
+            if (im.compression == 5)
+                raw = lzwEncodeTiff(raw, lzwClearWhenFull);
+            else if (im.compression == 32773)
+                raw = packBitsEncode(raw);
+            im.chunks.push_back(raw);
         }
     im.countDelta = countDelta;
     im.dropTags = drop;
@@ -238,7 +221,10 @@ std::vector<Recipe> readRecipes(const std::string& path)
         throw std::runtime_error("cannot read " + path);
     std::vector<Recipe> out;
     for (std::string line; std::getline(in, line);) {
-        line = line.substr(0, line.find('#'));
+        // " | text" ends a line with an expected text, kept whole (spaces, '#').
+        const size_t bar = line.find(" | ");
+        const std::string text = bar == std::string::npos ? "" : line.substr(bar + 3);
+        line = line.substr(0, std::min(bar, line.find('#')));
         std::vector<std::string> words;
         std::stringstream ws(line);
         for (std::string w; ws >> w;)
@@ -247,6 +233,8 @@ std::vector<Recipe> readRecipes(const std::string& path)
             continue;
         std::vector<Recipe> cases(1);
         cases[0].name = words[0];
+        if (bar != std::string::npos)
+            cases[0].expect["text"] = text;
         for (size_t i = 1; i < words.size(); ++i) {
             const size_t eq = words[i].find('=');
             const std::string key = words[i].substr(0, eq);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -27,6 +28,7 @@ struct Recipe {
     std::string target;             // "" header size, "WxH", or "WxH/capacity"
     std::vector<int> alpha{0, 1};
     std::vector<int> entries{8, 16, 32};
+    std::map<std::string, std::string> expect; // what a runner checks: status=N, text
 
     Bytes build() const;
     static long long loadedBytes(const std::string& loaded, size_t fileSize); // -1: whole file
@@ -35,7 +37,8 @@ struct Recipe {
 
 // Reads a case table: one recipe per line, `name key=value ...`; a value
 // list "a,b" expands into one recipe per value (names get "_key=value").
-// '#' starts a comment.
+// '#' starts a comment; " | " ends the fields, the rest of the line is the
+// expected text (expect["text"]).
 std::vector<Recipe> readRecipes(const std::string& path);
 
 } // namespace vktest

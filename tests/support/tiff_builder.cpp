@@ -2,6 +2,7 @@
 #include "tiff_builder.h"
 
 #include <algorithm>
+#include <array>
 
 #include <cstdio>
 #include <cstdlib>
@@ -10,135 +11,93 @@
 
 namespace vktest {
 
-TiffBuilder::TiffBuilder(bool be) : bigEndian(be) {}
+namespace {
 
-void TiffBuilder::put16(Bytes& out, uint16_t v) const
-{
-    if (bigEndian) {
-        out.push_back(uint8_t(v >> 8));
-        out.push_back(uint8_t(v));
-    } else {
-        out.push_back(uint8_t(v));
-        out.push_back(uint8_t(v >> 8));
+// Header, data area, one directory. Entries keep the order they were added
+// in (the reader does not need them sorted); values go out in the file's
+// byte order, in the entry when they fit in four bytes, else into the data.
+struct Writer {
+    bool bigEndian;
+    Bytes data;
+    std::vector<std::array<uint32_t, 4>> entries; // tag, type, count, value field
+
+    void put(Bytes& out, uint32_t v, int bytes) const
+    {
+        for (int i = 0; i < bytes; ++i)
+            out.push_back(uint8_t(v >> 8 * (bigEndian ? bytes - 1 - i : i)));
     }
-}
-
-void TiffBuilder::put32(Bytes& out, uint32_t v) const
-{
-    if (bigEndian) {
-        put16(out, uint16_t(v >> 16));
-        put16(out, uint16_t(v));
-    } else {
-        put16(out, uint16_t(v));
-        put16(out, uint16_t(v >> 16));
+    uint32_t addData(const Bytes& bytes)
+    {
+        const uint32_t offset = uint32_t(8 + data.size());
+        data.insert(data.end(), bytes.begin(), bytes.end());
+        if (data.size() % 2)
+            data.push_back(0); // keep later offsets word-aligned
+        return offset;
     }
-}
-
-uint32_t TiffBuilder::addData(const Bytes& bytes)
-{
-    uint32_t offset = uint32_t(8 + data_.size());
-    data_.insert(data_.end(), bytes.begin(), bytes.end());
-    if (data_.size() % 2)
-        data_.push_back(0); // keep later offsets word-aligned
-    return offset;
-}
-
-static uint32_t readValueField(const Bytes& field, bool bigEndian)
-{
-    return bigEndian ? uint32_t(field[0]) << 24 | uint32_t(field[1]) << 16 | uint32_t(field[2]) << 8 | field[3]
-                     : uint32_t(field[3]) << 24 | uint32_t(field[2]) << 16 | uint32_t(field[1]) << 8 | field[0];
-}
-
-void TiffBuilder::addShorts(uint16_t tag, const std::vector<uint16_t>& values)
-{
-    Bytes raw;
-    for (uint16_t v : values)
-        put16(raw, v);
-    uint32_t value;
-    if (raw.size() <= 4) {
-        raw.resize(4, 0);
-        value = readValueField(raw, bigEndian);
-    } else {
-        value = addData(raw);
+    void add(uint16_t tag, uint16_t type, const std::vector<uint32_t>& values)
+    {
+        Bytes raw;
+        for (uint32_t v : values)
+            put(raw, v, type == typeShort ? 2 : 4);
+        uint32_t field = 0;
+        if (type == typeShort ? raw.size() <= 4 : raw.size() == 4)
+            for (size_t i = 0; i < raw.size(); ++i)
+                field |= uint32_t(raw[i]) << 8 * (bigEndian ? 3 - i : i);
+        else
+            field = addData(raw);
+        entries.push_back({tag, type, uint32_t(values.size()), field});
     }
-    entries_.push_back({tag, typeShort, uint32_t(values.size()), value});
-}
+};
 
-void TiffBuilder::addLongs(uint16_t tag, const std::vector<uint32_t>& values)
-{
-    Bytes raw;
-    for (uint32_t v : values)
-        put32(raw, v);
-    uint32_t value = raw.size() == 4 ? readValueField(raw, bigEndian) : addData(raw);
-    entries_.push_back({tag, typeLong, uint32_t(values.size()), value});
-}
-
-void TiffBuilder::addRaw(uint16_t tag, uint16_t type, uint32_t count, uint32_t value)
-{
-    entries_.push_back({tag, type, count, value});
-}
-
-Bytes TiffBuilder::build() const
-{
-    Bytes out;
-    out.push_back(bigEndian ? 'M' : 'I');
-    out.push_back(bigEndian ? 'M' : 'I');
-    put16(out, 42);
-    put32(out, uint32_t(8 + data_.size()));
-    out.insert(out.end(), data_.begin(), data_.end());
-    std::vector<Entry> kept;
-    for (const Entry& e : entries_)
-        if (std::find(dropTags.begin(), dropTags.end(), e.tag) == dropTags.end())
-            kept.push_back(e);
-    put16(out, uint16_t(kept.size()));
-    for (const Entry& e : kept) {
-        put16(out, e.tag);
-        put16(out, e.type);
-        put32(out, e.count);
-        put32(out, e.value);
-    }
-    put32(out, 0);
-    return out;
-}
+} // namespace
 
 Bytes buildImage(const ImageSpec& image)
 {
-    TiffBuilder b(image.bigEndian);
+    Writer w{image.bigEndian, {}, {}};
     std::vector<uint32_t> offsets, counts;
     for (const Bytes& chunk : image.chunks) {
-        offsets.push_back(b.addData(chunk));
+        offsets.push_back(w.addData(chunk));
         counts.push_back(uint32_t((long long)chunk.size() + image.countDelta));
     }
     // SHORT where the value fits: big-endian files are read assuming SHORTs.
-    auto addSize = [&b](uint16_t tag, uint32_t v) {
-        if (v <= 0xFFFF)
-            b.addShorts(tag, {uint16_t(v)});
-        else
-            b.addLongs(tag, {v});
-    };
-    addSize(256, image.width);
-    addSize(257, image.height);
-    b.addShorts(258, std::vector<uint16_t>(image.samplesPerPixel, image.bitsPerSample));
-    b.addShorts(259, {image.compression});
-    b.addShorts(262, {2});
-    b.addShorts(277, {image.samplesPerPixel});
+    const auto size = [&w](uint16_t tag, uint32_t v) { w.add(tag, v <= 0xFFFF ? typeShort : typeLong, {v}); };
+    size(256, image.width);
+    size(257, image.height);
+    w.add(258, typeShort, std::vector<uint32_t>(image.samplesPerPixel, image.bitsPerSample));
+    w.add(259, typeShort, {image.compression});
+    w.add(262, typeShort, {2});
+    w.add(277, typeShort, {image.samplesPerPixel});
     if (image.predictor != 1)
-        b.addShorts(317, {image.predictor});
+        w.add(317, typeShort, {image.predictor});
     if (image.tileWidth) {
-        b.addLongs(322, {image.tileWidth});
-        b.addLongs(323, {image.tileLength});
-        b.addLongs(324, offsets);
-        b.addLongs(325, counts);
+        w.add(322, typeLong, {image.tileWidth});
+        w.add(323, typeLong, {image.tileLength});
+        w.add(324, typeLong, offsets);
+        w.add(325, typeLong, counts);
     } else {
-        b.addLongs(273, offsets);
-        addSize(278, image.rowsPerStrip ? image.rowsPerStrip : image.height);
-        b.addLongs(279, counts);
+        w.add(273, typeLong, offsets);
+        size(278, image.rowsPerStrip ? image.rowsPerStrip : image.height);
+        w.add(279, typeLong, counts);
     }
     for (size_t i = 0; i + 3 < image.extraTags.size(); i += 4)
-        b.addRaw(uint16_t(image.extraTags[i]), uint16_t(image.extraTags[i + 1]), image.extraTags[i + 2],
-                 image.extraTags[i + 3]);
-    b.dropTags = image.dropTags;
-    return b.build();
+        w.entries.push_back({image.extraTags[i], image.extraTags[i + 1], image.extraTags[i + 2], image.extraTags[i + 3]});
+    Bytes out{uint8_t(image.bigEndian ? 'M' : 'I'), uint8_t(image.bigEndian ? 'M' : 'I')};
+    w.put(out, 42, 2);
+    w.put(out, uint32_t(8 + w.data.size()), 4);
+    out.insert(out.end(), w.data.begin(), w.data.end());
+    std::vector<std::array<uint32_t, 4>> kept;
+    for (const auto& e : w.entries)
+        if (std::find(image.dropTags.begin(), image.dropTags.end(), e[0]) == image.dropTags.end())
+            kept.push_back(e);
+    w.put(out, uint32_t(kept.size()), 2);
+    for (const auto& e : kept) {
+        w.put(out, e[0], 2);
+        w.put(out, e[1], 2);
+        w.put(out, e[2], 4);
+        w.put(out, e[3], 4);
+    }
+    w.put(out, 0, 4);
+    return out;
 }
 
 // With VKTIFF_DUMP_DIR set, every file a test loads is also written there

@@ -1,4 +1,4 @@
-// tiff_builder.h - test helper: writes small TIFF files in memory (either byte order, any tag list) and loads them
+// tiff_builder.h - test helper: writes small TIFF images in memory (either byte order, any tag list) and loads them
 #pragma once
 
 #include <cstdint>
@@ -15,36 +15,6 @@ using Bytes = std::vector<uint8_t>;
 
 constexpr uint16_t typeShort = 3;
 constexpr uint16_t typeLong = 4;
-
-// Builds header + data + one IFD. Entries keep the order they were added in
-// (the reader does not need them sorted), values go out in the file's byte
-// order, inline when they fit in four bytes, otherwise into the data area.
-class TiffBuilder {
-public:
-    explicit TiffBuilder(bool bigEndian = false);
-
-    // Appends bytes to the data area; returns their file offset.
-    uint32_t addData(const Bytes& bytes);
-    void addShorts(uint16_t tag, const std::vector<uint16_t>& values);
-    void addLongs(uint16_t tag, const std::vector<uint32_t>& values);
-    // An entry whose value field is the given number exactly as written.
-    void addRaw(uint16_t tag, uint16_t type, uint32_t count, uint32_t value);
-
-    Bytes build() const;
-
-    bool bigEndian;
-    std::vector<uint16_t> dropTags; // entries with these tags are not written
-
-private:
-    struct Entry {
-        uint16_t tag, type;
-        uint32_t count, value;
-    };
-    void put16(Bytes& out, uint16_t v) const;
-    void put32(Bytes& out, uint32_t v) const;
-    Bytes data_;
-    std::vector<Entry> entries_;
-};
 
 // A whole image: chunks are the (already compressed) strips, or the tiles
 // when tileWidth is not 0, in file order.
@@ -85,18 +55,5 @@ LoadedTiff loadTiff(const Bytes& file, long long loaded = -1);
 // imgLoadHeader on them and stores the status.
 LoadedTiff prepareTiff(const Bytes& file, long long loaded = -1);
 unsigned int runLoadHeader(LoadedTiff& t);
-
-// Raw sample bytes of a test image, in file order, `value(x, y, sample, byte)`.
-template <class F>
-Bytes makeSamples(uint32_t width, uint32_t rows, uint32_t samples, uint32_t bytesPerSample, F value)
-{
-    Bytes out;
-    for (uint32_t y = 0; y < rows; ++y)
-        for (uint32_t x = 0; x < width; ++x)
-            for (uint32_t s = 0; s < samples; ++s)
-                for (uint32_t b = 0; b < bytesPerSample; ++b)
-                    out.push_back(uint8_t(value(x, y, s, b)));
-    return out;
-}
 
 } // namespace vktest

@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <string>
 
 #include <gtest/gtest.h>
 
@@ -13,6 +14,10 @@ inline bool underCi() {
     const char* ci = std::getenv("CI");
     return ci != nullptr && std::strcmp(ci, "true") == 0;
 }
+
+// Runs tests/data/make_corpus.py into `dir`: 0 when the tool-made files are
+// there, 77 when a tool is missing, anything else when the script failed.
+int writeToolCorpus(const std::string& dir);
 
 } // namespace vktest
 
