@@ -55,13 +55,18 @@ std::vector<uint32_t> floatEdgeBits()
     return bits;
 }
 
-float floatValue(const std::string& pattern, uint32_t x, uint32_t y, uint32_t s)
+// The bits of a float sample: never a float returned by value, which on
+// 32-bit x86 may pass an x87 register and lose a signalling NaN's pattern.
+uint32_t floatBits(const std::string& pattern, uint32_t x, uint32_t y, uint32_t s)
 {
+    const auto bitsOf = [](const float& f) {
+        uint32_t b;
+        std::memcpy(&b, &f, 4);
+        return b;
+    };
     if (pattern == "floatbits") {
         static const std::vector<uint32_t> edges = floatEdgeBits();
-        float f;
-        std::memcpy(&f, &edges[(x * 7 + y * 13 + s * 3) % edges.size()], 4);
-        return f;
+        return edges[(x * 7 + y * 13 + s * 3) % edges.size()];
     }
     static constexpr float specials[] = {0.0f,
                                          -0.0f,
@@ -74,8 +79,8 @@ float floatValue(const std::string& pattern, uint32_t x, uint32_t y, uint32_t s)
                                          std::numeric_limits<float>::quiet_NaN(),
                                          65535.0f};
     if (pattern == "edges" && (x + 2 * y + s) % 3 == 0)
-        return specials[(x + y * 7 + s * 3) % (sizeof specials / sizeof specials[0])];
-    return float(word(pattern, x, y, s)) / 60000.0f - 0.05f;
+        return bitsOf(specials[(x + y * 7 + s * 3) % (sizeof specials / sizeof specials[0])]);
+    return bitsOf(float(word(pattern, x, y, s)) / 60000.0f - 0.05f);
 }
 
 // One sample in the file's byte order: 8-bit samples are the word's high byte.
@@ -87,7 +92,7 @@ void putSample(Bytes& out, const Recipe& r, uint32_t x, uint32_t y, uint32_t s, 
     const int n = im.bitsPerSample == 8 ? 1 : im.bitsPerSample == 16 ? 2 : 4;
     const auto value = [&](uint32_t at) { return uint16_t(word(r.pattern, at, y, s) >> (n == 1 ? 8 : 0)); };
     const uint16_t v = uint16_t(value(x) - (differenced && n < 4 ? value(x - 1) : 0));
-    const float f = floatValue(r.pattern, x, y, s);
+    const uint32_t f = floatBits(r.pattern, x, y, s);
     uint8_t b[4] = {uint8_t(v), uint8_t(v >> 8)};
     if (n == 4)
         std::memcpy(b, &f, 4); // the tests run on little-endian machines
