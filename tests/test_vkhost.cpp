@@ -23,10 +23,7 @@ namespace {
 
 const std::string samples = std::string(VKTIFF_SOURCE_DIR) + "/samples/";
 
-std::string slurp(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
+std::string slurp(const fs::path& path) { std::ifstream in(path, std::ios::binary); return {std::istreambuf_iterator<char>(in), {}}; }
 
 struct TempDir {
     fs::path path = [] { std::string p = (fs::temp_directory_path() / "vkhost_test_XXXXXX").string(); return fs::path(mkdtemp(p.data())); }();
@@ -35,12 +32,11 @@ struct TempDir {
     // Every entry below the folder by name: its inode, type, permissions and a hash of a file's bytes.
     std::map<std::string, std::string> state(bool withInode = true) const {
         std::map<std::string, std::string> found;
-        for (const auto& e : fs::recursive_directory_iterator(path)) {
-            struct stat s {};
-            lstat(e.path().c_str(), &s);
-            found[e.path().lexically_relative(path)] = (withInode ? std::to_string(s.st_ino) : "") + " " + std::to_string(s.st_mode) +
-                                                       " " + std::to_string(std::hash<std::string>()(S_ISREG(s.st_mode) ? slurp(e.path()) : ""));
-        }
+        struct stat s {};
+        for (const auto& e : fs::recursive_directory_iterator(path))
+            if (lstat(e.path().c_str(), &s) == 0)
+                found[e.path().lexically_relative(path)] = (withInode ? std::to_string(s.st_ino) : "") + " " + std::to_string(s.st_mode) + " " +
+                                                           std::to_string(std::hash<std::string>()(S_ISREG(s.st_mode) ? slurp(e.path()) : ""));
         return found;
     }
 };
@@ -58,19 +54,18 @@ HostRun runHost(const std::vector<std::string>& args, const TempDir& io, bool as
 // A PNG's bit depth (0 when unreadable or not RGBA) and rows top to bottom, 16-bit samples in host order.
 std::pair<int, std::vector<uint8_t>> readPng(const std::string& path) {
     std::pair<int, std::vector<uint8_t>> result{0, {}};
-    std::FILE* f = std::fopen(path.c_str(), "rb");
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> f(std::fopen(path.c_str(), "rb"), std::fclose);
     if (f == nullptr) return result;
     png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
     png_infop info = png_create_info_struct(png);
     if (setjmp(png_jmpbuf(png)) == 0) {
-        png_init_io(png, f);
+        png_init_io(png, f.get());
         png_read_png(png, info, PNG_TRANSFORM_SWAP_ENDIAN, nullptr);
         if (png_get_color_type(png, info) == PNG_COLOR_TYPE_RGB_ALPHA) result.first = png_get_bit_depth(png, info);
         for (unsigned y = 0; y < png_get_image_height(png, info); ++y)
             result.second.insert(result.second.end(), png_get_rows(png, info)[y], png_get_rows(png, info)[y] + png_get_rowbytes(png, info));
     }
     png_destroy_read_struct(&png, &info, nullptr);
-    std::fclose(f);
     return result;
 }
 
@@ -81,9 +76,7 @@ std::vector<Pixel> decodeInProcess(const std::string& path, unsigned int (*entry
     const std::string file = slurp(path);
     vktest::LoadedTiff t = vktest::loadTiff(vktest::Bytes(file.begin(), file.end()));
     Buffer buffer(t.info.width * t.info.height);
-    buffer.setWidth(int(t.info.width));
-    buffer.setHeight(int(t.info.height));
-    buffer.alpha = t.info.hasAlpha;
+    buffer.setWidth(int(t.info.width)), buffer.setHeight(int(t.info.height)), buffer.alpha = t.info.hasAlpha;
     Record call{t.file.get(), &buffer, t.header.get()};
     EXPECT_EQ(t.status == 1 ? entry(&call) : 0u, 1u) << path;
     std::vector<Pixel> pixels(reinterpret_cast<Pixel*>(buffer.pixels), reinterpret_cast<Pixel*>(buffer.pixels) + buffer.pixelCount);
@@ -91,10 +84,7 @@ std::vector<Pixel> decodeInProcess(const std::string& path, unsigned int (*entry
     return pixels;
 }
 
-template <class Pixel>
-std::vector<uint8_t> asBytes(const std::vector<Pixel>& pixels) {
-    return std::vector<uint8_t>(reinterpret_cast<const uint8_t*>(pixels.data()), reinterpret_cast<const uint8_t*>(pixels.data() + pixels.size()));
-}
+template <class P> std::vector<uint8_t> asBytes(const std::vector<P>& p) { return {(const uint8_t*)p.data(), (const uint8_t*)(p.data() + p.size())}; }
 
 bool holdsDecode(const std::string& png, const std::string& tif) {
     const auto [depth, bytes] = readPng(png);
@@ -145,7 +135,6 @@ int setUp(const std::string& recipe, const TempDir& dir, std::string& out) {
     EXPECT_EQ(bind(sock, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
     return sock;
 }
-
 
 } // namespace
 
