@@ -95,9 +95,18 @@ std::unique_ptr<vkP::_imgRGBABufferf> makeTarget(const Loaded& f)
     return makeWideTarget<vkP::_imgRGBABufferf>(f);
 }
 
-unsigned int decode(vkP::_dataIMG_Decode8* r) { return imgDecode8(r); }
-unsigned int decode(vkP::_dataIMG_Decode16* r) { return imgDecode16(r); }
-unsigned int decode(vkP::_dataIMG_Decodef* r) { return imgDecodef(r); }
+unsigned int decode(vkP::_dataIMG_Decode8* r)
+{
+    return imgDecode8(r);
+}
+unsigned int decode(vkP::_dataIMG_Decode16* r)
+{
+    return imgDecode16(r);
+}
+unsigned int decode(vkP::_dataIMG_Decodef* r)
+{
+    return imgDecodef(r);
+}
 
 template <class Buffer>
 struct RecordOf;
@@ -123,7 +132,7 @@ struct Contender {
     std::string name;
     uint64_t bytes;
     std::function<bool()> call;
-    double best = 0; // output bytes per CPU second
+    double best = 0;    // output bytes per CPU second
     double seconds = 0; // CPU seconds of one call in the best repetition
 };
 
@@ -165,7 +174,8 @@ bool addPlugin(std::vector<Contender>& out, const std::string& name, const std::
     auto record = std::make_shared<typename RecordOf<Buffer>::type>();
     *record = {f.file.get(), target.get(), f.header.get()};
     const uint64_t bytes = uint64_t(f.info.width) * f.info.height * 4 * sizeof(typename RecordOf<Buffer>::channel);
-    out.push_back({name + "/" + entry + "/vktiff", bytes, [target, record] { return decode(record.get()) == vkStatusOk; }});
+    out.push_back(
+        {name + "/" + entry + "/vktiff", bytes, [target, record] { return decode(record.get()) == vkStatusOk; }});
     return true;
 }
 
@@ -213,7 +223,8 @@ std::vector<Contender> copies()
 {
     std::vector<Contender> list;
     const uint64_t pixels = 4096ull * 4096ull;
-    for (const auto& [entry, bytes] : {std::pair<const char*, uint64_t>{"8", pixels * 4}, {"16", pixels * 8}, {"f", pixels * 16}}) {
+    for (const auto& [entry, bytes] :
+         {std::pair<const char*, uint64_t>{"8", pixels * 4}, {"16", pixels * 8}, {"f", pixels * 16}}) {
         auto from = std::make_shared<std::vector<uint8_t>>(bytes, 1);
         auto to = std::make_shared<std::vector<uint8_t>>(bytes, 0);
         list.push_back({std::string("memcpy/") + entry + "/bound", bytes, [from, to] {
@@ -292,9 +303,9 @@ int main(int argc, char** argv)
     char date[32];
     const std::time_t now = std::time(nullptr);
     std::strftime(date, sizeof date, "%Y-%m-%d %H:%M UTC", std::gmtime(&now));
-    const std::string doc = std::string("{\n  \"date\": \"") + date + "\",\n  \"bits\": " +
-                            std::to_string(8 * sizeof(void*)) + ",\n  \"reps\": " + std::to_string(reps) +
-                            ",\n  \"results\": [" + json + "\n  ]\n}\n";
+    const std::string doc = std::string("{\n  \"date\": \"") + date +
+                            "\",\n  \"bits\": " + std::to_string(8 * sizeof(void*)) +
+                            ",\n  \"reps\": " + std::to_string(reps) + ",\n  \"results\": [" + json + "\n  ]\n}\n";
     if (!outPath.empty()) {
         std::ofstream out(outPath);
         out << doc;

@@ -30,7 +30,10 @@ tmsize_t readProc(thandle_t h, void* buf, tmsize_t n)
     return tmsize_t(take);
 }
 
-tmsize_t writeProc(thandle_t, void*, tmsize_t) { return 0; }
+tmsize_t writeProc(thandle_t, void*, tmsize_t)
+{
+    return 0;
+}
 
 toff_t seekProc(thandle_t h, toff_t off, int whence)
 {
@@ -43,8 +46,14 @@ toff_t seekProc(thandle_t h, toff_t off, int whence)
     return off;
 }
 
-int closeProc(thandle_t) { return 0; }
-toff_t sizeProc(thandle_t h) { return static_cast<Memory*>(h)->size; }
+int closeProc(thandle_t)
+{
+    return 0;
+}
+toff_t sizeProc(thandle_t h)
+{
+    return static_cast<Memory*>(h)->size;
+}
 
 int mapProc(thandle_t h, void** base, toff_t* size)
 {
@@ -56,7 +65,10 @@ int mapProc(thandle_t h, void** base, toff_t* size)
 
 void unmapProc(thandle_t, void*, toff_t) {}
 
-TIFF* asTiff(void* p) { return static_cast<TIFF*>(p); }
+TIFF* asTiff(void* p)
+{
+    return static_cast<TIFF*>(p);
+}
 
 void silence(const char*, const char*, va_list) {}
 
@@ -115,16 +127,24 @@ float channel<float>(const uint8_t* at, uint16_t bits, bool isFloat)
 template <class T>
 constexpr T opaque();
 template <>
-constexpr uint8_t opaque<uint8_t>() { return 255; }
+constexpr uint8_t opaque<uint8_t>()
+{
+    return 255;
+}
 template <>
-constexpr uint16_t opaque<uint16_t>() { return 65535; }
+constexpr uint16_t opaque<uint16_t>()
+{
+    return 65535;
+}
 template <>
-constexpr float opaque<float>() { return 1.0f; }
+constexpr float opaque<float>()
+{
+    return 1.0f;
+}
 
 // One row of `count` decoded pixels to RGBA.
 template <class T>
-void expandRow(const uint8_t* src, T* dst, uint32_t count, uint16_t bits, uint16_t samples, bool isFloat,
-               bool alpha)
+void expandRow(const uint8_t* src, T* dst, uint32_t count, uint16_t bits, uint16_t samples, bool isFloat, bool alpha)
 {
     const uint32_t sampleBytes = bits / 8u;
     const uint32_t stride = sampleBytes * samples;
@@ -155,8 +175,8 @@ LibtiffImage::LibtiffImage(const std::vector<uint8_t>& bytes) : memory_{bytes.da
 {
     TIFFSetErrorHandler(silence);
     TIFFSetWarningHandler(silence);
-    TIFF* tif = TIFFClientOpen("memory", "r", &memory_, readProc, writeProc, seekProc, closeProc, sizeProc,
-                               mapProc, unmapProc);
+    TIFF* tif =
+        TIFFClientOpen("memory", "r", &memory_, readProc, writeProc, seekProc, closeProc, sizeProc, mapProc, unmapProc);
     if (tif == nullptr)
         return;
     TIFFGetField(tif, TIFFTAG_IMAGEWIDTH, &width_);
@@ -194,8 +214,8 @@ bool LibtiffImage::readEncoded(T* rgba, bool alpha)
                 const uint32_t cols = std::min(tw, width_ - tx);
                 const uint32_t rows = std::min(tl, height_ - ty);
                 for (uint32_t j = 0; j < rows; ++j)
-                    expandRow(chunk_.data() + size_t(j) * tw * pixelBytes,
-                              rgba + (size_t(ty + j) * width_ + tx) * 4, cols, bits_, samples_, isFloat, alpha);
+                    expandRow(chunk_.data() + size_t(j) * tw * pixelBytes, rgba + (size_t(ty + j) * width_ + tx) * 4,
+                              cols, bits_, samples_, isFloat, alpha);
             }
         }
         return true;

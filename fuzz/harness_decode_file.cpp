@@ -15,10 +15,10 @@ namespace vkfuzz {
 
 namespace {
 
-constexpr size_t controlBytes = 5;              // flags, then the loaded size (32 bits, little-endian)
-constexpr uint64_t maxDecodePixels = 1u << 21;  // larger images are only parsed
-constexpr uint8_t flagAlpha = 1;                // the target's alpha flag
-constexpr uint8_t flagCutLoad = 2;              // load only part of the file
+constexpr size_t controlBytes = 5;             // flags, then the loaded size (32 bits, little-endian)
+constexpr uint64_t maxDecodePixels = 1u << 21; // larger images are only parsed
+constexpr uint8_t flagAlpha = 1;               // the target's alpha flag
+constexpr uint8_t flagCutLoad = 2;             // load only part of the file
 
 // One output depth: its buffer, call record and entry point.
 struct Depth8 {
@@ -135,7 +135,10 @@ void decodeAndCompare(Loaded& l, uint8_t shape)
                   "indexed pixels depend on the target's width");
 }
 
-uint32_t loadedSize(const uint8_t* data) { return data[1] | data[2] << 8 | data[3] << 16 | uint32_t(data[4]) << 24; }
+uint32_t loadedSize(const uint8_t* data)
+{
+    return data[1] | data[2] << 8 | data[3] << 16 | uint32_t(data[4]) << 24;
+}
 
 } // namespace
 

@@ -1,4 +1,5 @@
-// harness_lzw.cpp - LZW harness: ff_lzw_decode and the whole-strip decoder against the step-by-step oracle, call by call, output and state
+// harness_lzw.cpp - LZW harness: ff_lzw_decode and the whole-strip decoder against the step-by-step oracle, call by
+// call, output and state
 #include <algorithm>
 #include <cstring>
 #include <memory>

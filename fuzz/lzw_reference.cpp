@@ -6,7 +6,10 @@ namespace vkfuzz {
 namespace {
 constexpr int tableSize = 4096;
 constexpr int maxWidth = 12;
-int maskOf(int width) { return int((1u << width) - 1); }
+int maskOf(int width)
+{
+    return int((1u << width) - 1);
+}
 } // namespace
 
 void RefLzw::resetWidth()

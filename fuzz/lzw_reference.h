@@ -1,4 +1,5 @@
-// lzw_reference.h - a step-by-step LZW decoder written straight from the decoding rules, the fuzz oracle for ff_lzw_decode
+// lzw_reference.h - a step-by-step LZW decoder written straight from the decoding rules, the fuzz oracle for
+// ff_lzw_decode
 #pragma once
 
 #include <cstdint>

@@ -31,7 +31,8 @@ struct Job {
 // Files named on the command line are taken as they are; directories give
 // their entries that match the masks, sorted by name.
 bool collectInputs(const std::vector<std::string>& inputs, const std::string& masks, std::vector<std::string>& files,
-                   std::string& error) {
+                   std::string& error)
+{
     for (const std::string& input : inputs) {
         std::error_code ec;
         if (!fs::is_directory(input, ec)) {
@@ -56,7 +57,8 @@ bool collectInputs(const std::vector<std::string>& inputs, const std::string& ma
 
 // Two inputs of the same name would overwrite each other's output.
 bool planOutputs(const std::vector<std::string>& files, const BatchOptions& options, std::vector<Job>& jobs,
-                 std::string& error) {
+                 std::string& error)
+{
     std::set<std::string> outputs;
     for (const std::string& file : files) {
         Job job;
@@ -71,23 +73,28 @@ bool planOutputs(const std::vector<std::string>& files, const BatchOptions& opti
     return true;
 }
 
-unsigned int threadCount(unsigned int wanted, size_t jobs) {
+unsigned int threadCount(unsigned int wanted, size_t jobs)
+{
     unsigned int n = wanted != 0 ? wanted : std::max(1u, std::thread::hardware_concurrency());
     return static_cast<unsigned int>(std::min<size_t>(n, jobs));
 }
 
 } // namespace
 
-int runBatch(const PluginLibrary& plugin, const std::vector<std::string>& inputs, const BatchOptions& options) {
+int runBatch(const PluginLibrary& plugin, const std::vector<std::string>& inputs, const BatchOptions& options)
+{
     std::vector<std::string> files;
     std::vector<Job> jobs;
     std::string error;
     const std::string masks = hostText(plugin.description().record().fileMasks);
-    if (!collectInputs(inputs, masks, files, error) || !planOutputs(files, options, jobs, error)) return fail(error);
-    if (jobs.empty()) return fail("no files matching " + masks + " found");
+    if (!collectInputs(inputs, masks, files, error) || !planOutputs(files, options, jobs, error))
+        return fail(error);
+    if (jobs.empty())
+        return fail("no files matching " + masks + " found");
     std::error_code ec;
     fs::create_directories(options.outDir, ec);
-    if (ec) return fail("cannot create " + options.outDir + ": " + ec.message());
+    if (ec)
+        return fail("cannot create " + options.outDir + ": " + ec.message());
 
     const auto start = std::chrono::steady_clock::now();
     const unsigned int threads = threadCount(options.threads, jobs.size());
@@ -101,8 +108,10 @@ int runBatch(const PluginLibrary& plugin, const std::vector<std::string>& inputs
         }
     };
     std::vector<std::thread> pool;
-    for (unsigned int t = 0; t < threads; ++t) pool.emplace_back(work);
-    for (std::thread& t : pool) t.join();
+    for (unsigned int t = 0; t < threads; ++t)
+        pool.emplace_back(work);
+    for (std::thread& t : pool)
+        t.join();
     progress.finish();
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 
@@ -110,13 +119,15 @@ int runBatch(const PluginLibrary& plugin, const std::vector<std::string>& inputs
     unsigned long long pixels = 0;
     for (const Job& job : jobs) {
         pixels += job.pixels;
-        if (job.converted) continue;
+        if (job.converted)
+            continue;
         ++failed;
         std::fprintf(stderr, "vkhost: %s\n", job.error.c_str());
     }
     std::printf("converted %zu of %zu files to %s: %llu pixels in %.3f s on %u thread%s, %zu failed\n",
                 jobs.size() - failed, jobs.size(), options.outDir.c_str(), pixels, seconds, threads,
                 threads == 1 ? "" : "s", failed);
-    if (failed == 0) return exitOk;
+    if (failed == 0)
+        return exitOk;
     return failed == jobs.size() ? exitFailure : exitSomeFailed;
 }

@@ -4,8 +4,10 @@
 #include "commands.h"
 #include "host_text.h"
 
-int runAbout(PluginLibrary& plugin, const std::vector<std::string>& args) {
-    if (!args.empty()) return fail("about takes no arguments");
+int runAbout(PluginLibrary& plugin, const std::vector<std::string>& args)
+{
+    if (!args.empty())
+        return fail("about takes no arguments");
     const _imgPluginInfo& info = plugin.description().record();
     std::printf("Library:          %s\n", plugin.path().c_str());
     std::printf("Format name:      %s\n", hostText(info.formatName).c_str());
@@ -17,7 +19,8 @@ int runAbout(PluginLibrary& plugin, const std::vector<std::string>& args) {
     std::printf("Header bytes:     %u\n", info.headerBytes);
     std::printf("Capability flags: %u (0x%04X)\n", info.capabilityFlags, info.capabilityFlags);
     std::string missing;
-    for (const std::string& name : plugin.missing()) missing += " " + name;
+    for (const std::string& name : plugin.missing())
+        missing += " " + name;
     std::printf("Entry points:     %s\n", missing.empty() ? "all eight present" : ("missing" + missing).c_str());
     return exitOk;
 }

@@ -8,20 +8,32 @@
 
 namespace {
 
-std::string compressionName(const TiffHeader& tiff) {
+std::string compressionName(const TiffHeader& tiff)
+{
     std::string name;
     switch (tiff.compression) {
-    case tiffCompressionNone: name = "none"; break;
-    case tiffCompressionLZW: name = "LZW"; break;
-    case tiffCompressionPackBits: name = "PackBits"; break;
-    default: name = "unknown"; break;
+    case tiffCompressionNone:
+        name = "none";
+        break;
+    case tiffCompressionLZW:
+        name = "LZW";
+        break;
+    case tiffCompressionPackBits:
+        name = "PackBits";
+        break;
+    default:
+        name = "unknown";
+        break;
     }
-    if (tiff.predictor == tiffPredictorHorizontal) name += " with predictor";
+    if (tiff.predictor == tiffPredictorHorizontal)
+        name += " with predictor";
     return std::to_string(tiff.compression) + " (" + name + ")";
 }
 
-std::string describe(const ImageFile& image) {
-    std::string line = image.path + ": status " + std::to_string(image.status) + " (" + statusMeaning(image.status) + ")";
+std::string describe(const ImageFile& image)
+{
+    std::string line =
+        image.path + ": status " + std::to_string(image.status) + " (" + statusMeaning(image.status) + ")";
     if (image.status == vkStatusOk) {
         const _imgHeaderInfo& info = *image.info;
         line += ", " + std::to_string(info.width) + " x " + std::to_string(info.height) + ", " +
@@ -31,7 +43,8 @@ std::string describe(const ImageFile& image) {
     return line + ", \"" + image.text() + "\"";
 }
 
-std::string loadNote(const ImageFile& image) {
+std::string loadNote(const ImageFile& image)
+{
     if (image.retriedWhole)
         return ", header needed the whole file (" + std::to_string(image.fileBytes) + " bytes)";
     return ", header from " + std::to_string(image.firstLoad) + " of " + std::to_string(image.fileBytes) + " bytes";
@@ -39,16 +52,21 @@ std::string loadNote(const ImageFile& image) {
 
 } // namespace
 
-int runInfo(PluginLibrary& plugin, const std::vector<std::string>& args) {
+int runInfo(PluginLibrary& plugin, const std::vector<std::string>& args)
+{
     LoadOptions load;
     load.headerBytes = plugin.description().record().headerBytes;
     std::vector<std::string> files;
     for (const std::string& arg : args) {
-        if (arg == "--head") load.headFirst = true;
-        else if (!arg.empty() && arg[0] == '-') return usageError("info: unknown option " + arg);
-        else files.push_back(arg);
+        if (arg == "--head")
+            load.headFirst = true;
+        else if (!arg.empty() && arg[0] == '-')
+            return usageError("info: unknown option " + arg);
+        else
+            files.push_back(arg);
     }
-    if (files.empty()) return usageError("info needs at least one file");
+    if (files.empty())
+        return usageError("info needs at least one file");
 
     size_t failed = 0;
     for (const std::string& path : files) {
@@ -60,10 +78,12 @@ int runInfo(PluginLibrary& plugin, const std::vector<std::string>& args) {
             ++failed;
             continue;
         }
-        if (image.status != vkStatusOk) ++failed;
+        if (image.status != vkStatusOk)
+            ++failed;
         std::printf("%s%s\n", describe(image).c_str(), load.headFirst ? loadNote(image).c_str() : "");
     }
-    if (failed == 0) return exitOk;
+    if (failed == 0)
+        return exitOk;
     std::fflush(stdout);
     std::fprintf(stderr, "vkhost: %zu of %zu files could not be read\n", failed, files.size());
     return failed == files.size() ? exitFailure : exitSomeFailed;

@@ -16,8 +16,8 @@ struct Command {
     CommandFn run;
 };
 
-constexpr int exitOk = 0;         // every file was read or converted
-constexpr int exitFailure = 1;    // nothing could be done, or every file failed
+constexpr int exitOk = 0;      // every file was read or converted
+constexpr int exitFailure = 1; // nothing could be done, or every file failed
 constexpr int exitUsage = 2;
 constexpr int exitSomeFailed = 3; // every file was tried; some, but not all, could not be read or converted
 

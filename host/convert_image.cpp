@@ -15,7 +15,8 @@ constexpr int pngBits8 = 8;
 constexpr int pngBits16 = 16;
 
 // Over-range floats shown by the shared false-colour display.
-std::vector<vkP::_Rgba8> falseColour(const vkP::_imgRGBABufferf& buffer) {
+std::vector<vkP::_Rgba8> falseColour(const vkP::_imgRGBABufferf& buffer)
+{
     const vkP::_Rgbaf* source = reinterpret_cast<const vkP::_Rgbaf*>(buffer.pixels);
     std::vector<vkP::_Rgba8> shown(buffer.pixelCount);
     const bool overRange = true;
@@ -24,7 +25,8 @@ std::vector<vkP::_Rgba8> falseColour(const vkP::_imgRGBABufferf& buffer) {
     return shown;
 }
 
-bool writePicture(std::FILE* out, const DecodedImage& image, const ConvertOptions& options, std::string& error) {
+bool writePicture(std::FILE* out, const DecodedImage& image, const ConvertOptions& options, std::string& error)
+{
     switch (image.depth) {
     case Depth::bits8:
         return writePng(out, image.width, image.height, pngBits8, image.rgba8->pixels, error);
@@ -41,14 +43,17 @@ bool writePicture(std::FILE* out, const DecodedImage& image, const ConvertOption
 
 } // namespace
 
-const char* outputExtension(const ConvertOptions& options) {
+const char* outputExtension(const ConvertOptions& options)
+{
     return options.depth == Depth::floats && !options.falseColour ? ".pfm" : ".png";
 }
 
 bool convertFile(const PluginLibrary& plugin, const std::string& input, const std::string& output,
-                 const ConvertOptions& options, unsigned long long& pixels, std::string& error) {
+                 const ConvertOptions& options, unsigned long long& pixels, std::string& error)
+{
     std::string target, why;
-    if (!checkOutput(output, input, options.followLinks, target, error)) return false;
+    if (!checkOutput(output, input, options.followLinks, target, error))
+        return false;
     ImageFile image;
     if (!loadHeader(plugin, input, options.load, image, why)) {
         error = why;

@@ -1,4 +1,5 @@
-// convert_image.h - one file from TIFF to PNG or PFM: output check, header, decode, write under a temporary name, rename
+// convert_image.h - one file from TIFF to PNG or PFM: output check, header, decode, write under a temporary name,
+// rename
 #pragma once
 
 #include <string>

@@ -3,13 +3,16 @@
 
 #include <fnmatch.h>
 
-bool matchesMasks(const std::string& name, const std::string& masks) {
+bool matchesMasks(const std::string& name, const std::string& masks)
+{
     std::string::size_type start = 0;
     while (start < masks.size()) {
         std::string::size_type end = masks.find(';', start);
-        if (end == std::string::npos) end = masks.size();
+        if (end == std::string::npos)
+            end = masks.size();
         const std::string mask = masks.substr(start, end - start);
-        if (!mask.empty() && fnmatch(mask.c_str(), name.c_str(), FNM_CASEFOLD) == 0) return true;
+        if (!mask.empty() && fnmatch(mask.c_str(), name.c_str(), FNM_CASEFOLD) == 0)
+            return true;
         start = end + 1;
     }
     return false;

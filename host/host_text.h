@@ -8,7 +8,8 @@
 // Reads text and length directly (the host links no string code); a length
 // beyond the capacity is cut at the capacity.
 template <int N>
-std::string hostText(const _vkString<N>& s) {
+std::string hostText(const _vkString<N>& s)
+{
     const int length = s.length > N ? N : s.length;
     std::string out;
     for (int i = 0; i < length; ++i) {

@@ -18,11 +18,13 @@ struct FileCloser {
 };
 using FileHandle = std::unique_ptr<std::FILE, FileCloser>;
 
-std::string systemError(const std::string& what, const std::string& path) {
+std::string systemError(const std::string& what, const std::string& path)
+{
     return "cannot " + what + " " + path + ": " + std::strerror(errno);
 }
 
-bool fileSize(std::FILE* f, const std::string& path, long long& size, std::string& error) {
+bool fileSize(std::FILE* f, const std::string& path, long long& size, std::string& error)
+{
     struct stat about {};
     if (fstat(fileno(f), &about) != 0) {
         error = systemError("measure", path);
@@ -37,8 +39,10 @@ bool fileSize(std::FILE* f, const std::string& path, long long& size, std::strin
 }
 
 // Loads bytes [from, to) of the file into the buffer and extends sizeLoaded.
-bool loadRange(ImageFile& image, long long from, long long to, std::string& error) {
-    if (from >= to) return true;
+bool loadRange(ImageFile& image, long long from, long long to, std::string& error)
+{
+    if (from >= to)
+        return true;
     FileHandle f(std::fopen(image.path.c_str(), "rb"));
     if (!f || fseeko(f.get(), from, SEEK_SET) != 0) {
         error = systemError("read", image.path);
@@ -53,7 +57,8 @@ bool loadRange(ImageFile& image, long long from, long long to, std::string& erro
     return true;
 }
 
-unsigned int callLoadHeader(const PluginLibrary& plugin, ImageFile& image) {
+unsigned int callLoadHeader(const PluginLibrary& plugin, ImageFile& image)
+{
     image.info = std::make_unique<_imgHeaderInfo>();
     *image.tiff = TiffHeader{};
     image.file->setBufPosition(0);
@@ -63,12 +68,14 @@ unsigned int callLoadHeader(const PluginLibrary& plugin, ImageFile& image) {
 
 } // namespace
 
-std::string ImageFile::text() const {
+std::string ImageFile::text() const
+{
     return info ? hostText(info->infoText) : std::string();
 }
 
 bool loadHeader(const PluginLibrary& plugin, const std::string& path, const LoadOptions& options, ImageFile& image,
-                std::string& error) {
+                std::string& error)
+{
     if (!plugin.require(reinterpret_cast<const void*>(plugin.entries().loadHeader), "imgLoadHeader", error))
         return false;
     image = ImageFile{};
@@ -79,7 +86,8 @@ bool loadHeader(const PluginLibrary& plugin, const std::string& path, const Load
             error = systemError("open", path);
             return false;
         }
-        if (!fileSize(f.get(), path, image.fileBytes, error)) return false;
+        if (!fileSize(f.get(), path, image.fileBytes, error))
+            return false;
     }
     if (image.fileBytes > maxFileBytes) {
         error = path + ": file too large for the plug-in (" + std::to_string(image.fileBytes) + " bytes)";
@@ -95,18 +103,22 @@ bool loadHeader(const PluginLibrary& plugin, const std::string& path, const Load
     image.tiff = std::make_unique<TiffHeader>();
 
     image.firstLoad = image.fileBytes;
-    if (options.headFirst && options.headerBytes < image.fileBytes) image.firstLoad = options.headerBytes;
-    if (!loadRange(image, 0, image.firstLoad, error)) return false;
+    if (options.headFirst && options.headerBytes < image.fileBytes)
+        image.firstLoad = options.headerBytes;
+    if (!loadRange(image, 0, image.firstLoad, error))
+        return false;
     image.status = callLoadHeader(plugin, image);
 
     if (image.status == vkStatusBufferTooShort && image.firstLoad < image.fileBytes) {
-        if (!loadRest(image, error)) return false;
+        if (!loadRest(image, error))
+            return false;
         image.retriedWhole = true;
         image.status = callLoadHeader(plugin, image);
     }
     return true;
 }
 
-bool loadRest(ImageFile& image, std::string& error) {
+bool loadRest(ImageFile& image, std::string& error)
+{
     return loadRange(image, image.file->sizeLoaded, image.fileBytes, error);
 }

@@ -21,9 +21,9 @@ struct ImageFile {
     std::unique_ptr<vkP::_imgFileBuffer> file; // sized for the whole file, filled as far as loaded
     std::unique_ptr<_imgHeaderInfo> info;
     std::unique_ptr<TiffHeader> tiff;
-    unsigned int status = 0;  // answer of the last imgLoadHeader
+    unsigned int status = 0; // answer of the last imgLoadHeader
     long long fileBytes = 0;
-    long long firstLoad = 0;  // bytes loaded for the first imgLoadHeader
+    long long firstLoad = 0;   // bytes loaded for the first imgLoadHeader
     bool retriedWhole = false; // the first answer was 16, so the whole file was loaded and the call repeated
 
     std::string text() const; // infoText as it stands, in UTF-8

@@ -19,13 +19,16 @@ namespace {
 // Distinguishes the temporary names of outputs written at the same time.
 std::atomic<unsigned int> temporaryCounter{0};
 
-std::string folderOf(const std::string& path) {
+std::string folderOf(const std::string& path)
+{
     const std::string::size_type slash = path.rfind('/');
-    if (slash == std::string::npos) return ".";
+    if (slash == std::string::npos)
+        return ".";
     return slash == 0 ? "/" : path.substr(0, slash);
 }
 
-std::string temporaryName(const std::string& target) {
+std::string temporaryName(const std::string& target)
+{
     const std::string::size_type slash = target.rfind('/');
     const std::string dir = slash == std::string::npos ? "" : target.substr(0, slash + 1);
     const std::string base = slash == std::string::npos ? target : target.substr(slash + 1);
@@ -33,16 +36,22 @@ std::string temporaryName(const std::string& target) {
 }
 
 // What kind of thing a non-regular file is, for the refusal.
-const char* kindOf(mode_t mode) {
-    if (S_ISDIR(mode)) return "a directory";
-    if (S_ISCHR(mode) || S_ISBLK(mode)) return "a device";
-    if (S_ISFIFO(mode)) return "a FIFO";
-    if (S_ISSOCK(mode)) return "a socket";
+const char* kindOf(mode_t mode)
+{
+    if (S_ISDIR(mode))
+        return "a directory";
+    if (S_ISCHR(mode) || S_ISBLK(mode))
+        return "a device";
+    if (S_ISFIFO(mode))
+        return "a FIFO";
+    if (S_ISSOCK(mode))
+        return "a socket";
     return "not a regular file";
 }
 
 // Checks path, which is not a symbolic link; shown names it in messages.
-bool checkTarget(const std::string& path, const std::string& shown, const std::string& input, std::string& error) {
+bool checkTarget(const std::string& path, const std::string& shown, const std::string& input, std::string& error)
+{
     struct stat about {};
     if (lstat(path.c_str(), &about) != 0) {
         if (errno != ENOENT) {
@@ -74,7 +83,8 @@ bool checkTarget(const std::string& path, const std::string& shown, const std::s
     return true;
 }
 
-bool isLink(const fs::path& path) {
+bool isLink(const fs::path& path)
+{
     struct stat about {};
     return lstat(path.c_str(), &about) == 0 && S_ISLNK(about.st_mode);
 }
@@ -82,9 +92,11 @@ bool isLink(const fs::path& path) {
 } // namespace
 
 bool checkOutput(const std::string& output, const std::string& input, bool followLinks, std::string& target,
-                 std::string& error) {
+                 std::string& error)
+{
     target = output;
-    if (output == standardOutput) return true;
+    if (output == standardOutput)
+        return true;
     struct stat about {};
     if (lstat(output.c_str(), &about) == 0 && S_ISLNK(about.st_mode)) {
         // Followed link by link, so that a link to a file yet to be made
@@ -95,7 +107,8 @@ bool checkOutput(const std::string& output, const std::string& input, bool follo
         int links = 0;
         for (; links <= maxLinks && isLink(at); ++links) {
             const fs::path next = fs::read_symlink(at, ec);
-            if (ec) break;
+            if (ec)
+                break;
             at = (next.is_absolute() ? next : at.parent_path() / next).lexically_normal();
         }
         if (ec || links > maxLinks) {
@@ -115,14 +128,20 @@ bool checkOutput(const std::string& output, const std::string& input, bool follo
 }
 
 OutputFile::OutputFile(std::string target, std::string shownAs)
-    : target_(std::move(target)), shownAs_(std::move(shownAs)) {}
-
-OutputFile::~OutputFile() {
-    if (stream_ != nullptr && stream_ != stdout) std::fclose(stream_);
-    if (!committed_ && !temporary_.empty()) std::remove(temporary_.c_str());
+    : target_(std::move(target)), shownAs_(std::move(shownAs))
+{
 }
 
-bool OutputFile::open(std::string& error) {
+OutputFile::~OutputFile()
+{
+    if (stream_ != nullptr && stream_ != stdout)
+        std::fclose(stream_);
+    if (!committed_ && !temporary_.empty())
+        std::remove(temporary_.c_str());
+}
+
+bool OutputFile::open(std::string& error)
+{
     if (target_ == standardOutput) {
         stream_ = stdout;
         return true;
@@ -133,8 +152,8 @@ bool OutputFile::open(std::string& error) {
         fd = ::open(temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     } while (fd < 0 && errno == EEXIST);
     if (fd < 0) {
-        error = "cannot write " + shownAs_ + ": cannot create a file in " + folderOf(target_) + ": " +
-                std::strerror(errno);
+        error =
+            "cannot write " + shownAs_ + ": cannot create a file in " + folderOf(target_) + ": " + std::strerror(errno);
         temporary_.clear();
         return false;
     }
@@ -147,7 +166,8 @@ bool OutputFile::open(std::string& error) {
     return true;
 }
 
-bool OutputFile::commit(std::string& error) {
+bool OutputFile::commit(std::string& error)
+{
     if (stream_ == stdout) {
         stream_ = nullptr;
         if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {

@@ -16,8 +16,8 @@ constexpr int pfmChannels = 3;
 
 } // namespace
 
-bool writePfm(std::FILE* out, unsigned int width, unsigned int height, const vkP::_Rgbaf* pixels,
-              std::string& error) {
+bool writePfm(std::FILE* out, unsigned int width, unsigned int height, const vkP::_Rgbaf* pixels, std::string& error)
+{
     std::fprintf(out, "PF\n%u %u\n%s\n", width, height, pfmScale);
     std::vector<float> row(size_t(width) * pfmChannels);
     for (unsigned int y = height; y-- > 0;) {

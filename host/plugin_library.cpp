@@ -8,7 +8,8 @@
 namespace {
 
 template <typename Fn>
-void lookUp(void* handle, const char* name, Fn& entry) {
+void lookUp(void* handle, const char* name, Fn& entry)
+{
     entry = reinterpret_cast<Fn>(dlsym(handle, name));
 }
 
@@ -19,11 +20,14 @@ struct NamedEntry {
 
 } // namespace
 
-PluginLibrary::~PluginLibrary() {
-    if (handle_ != nullptr) dlclose(handle_);
+PluginLibrary::~PluginLibrary()
+{
+    if (handle_ != nullptr)
+        dlclose(handle_);
 }
 
-bool PluginLibrary::open(const std::string& path, std::string& error) {
+bool PluginLibrary::open(const std::string& path, std::string& error)
+{
     // Lazy binding: a library still missing parts of its own loads, and only
     // calls that reach a missing part fail.
     handle_ = dlopen(path.c_str(), RTLD_LAZY | RTLD_LOCAL);
@@ -44,7 +48,8 @@ bool PluginLibrary::open(const std::string& path, std::string& error) {
     return true;
 }
 
-std::vector<std::string> PluginLibrary::missing() const {
+std::vector<std::string> PluginLibrary::missing() const
+{
     const NamedEntry all[] = {
         {"imgInfo", reinterpret_cast<const void*>(entries_.info)},
         {"imgLoadHeader", reinterpret_cast<const void*>(entries_.loadHeader)},
@@ -57,26 +62,31 @@ std::vector<std::string> PluginLibrary::missing() const {
     };
     std::vector<std::string> names;
     for (const NamedEntry& e : all)
-        if (e.entry == nullptr) names.push_back(e.name);
+        if (e.entry == nullptr)
+            names.push_back(e.name);
     return names;
 }
 
-bool PluginLibrary::require(const void* entry, const char* name, std::string& error) const {
-    if (entry != nullptr) return true;
+bool PluginLibrary::require(const void* entry, const char* name, std::string& error) const
+{
+    if (entry != nullptr)
+        return true;
     error = path_ + " does not define the entry point " + name;
     return false;
 }
 
-bool PluginLibrary::handshake(std::string& error) {
-    if (!require(reinterpret_cast<const void*>(entries_.info), "imgInfo", error)) return false;
+bool PluginLibrary::handshake(std::string& error)
+{
+    if (!require(reinterpret_cast<const void*>(entries_.info), "imgInfo", error))
+        return false;
     description_ = PluginDescription{};
     _imgPluginInfo& info = description_.record();
     info.interfaceVersion = vkInterfaceVersion;
     const unsigned int status = entries_.info(&info);
     if (status != vkStatusOk) {
         char text[96];
-        std::snprintf(text, sizeof text, "imgInfo refused interface version 0x%04X (status %u)",
-                      vkInterfaceVersion, status);
+        std::snprintf(text, sizeof text, "imgInfo refused interface version 0x%04X (status %u)", vkInterfaceVersion,
+                      status);
         error = text;
         return false;
     }

@@ -15,7 +15,8 @@ struct PngErrorSink {
     char message[200];
 };
 
-void onPngError(png_structp png, png_const_charp message) {
+void onPngError(png_structp png, png_const_charp message)
+{
     auto* sink = static_cast<PngErrorSink*>(png_get_error_ptr(png));
     std::snprintf(sink->message, sizeof sink->message, "%s", message);
     png_longjmp(png, 1);
@@ -26,9 +27,11 @@ void onPngWarning(png_structp, png_const_charp) {}
 // Only plain data lives in this frame, so the longjmp of an error skips no
 // destructor.
 bool writeRows(std::FILE* out, png_uint_32 width, png_uint_32 height, int bitDepth, const unsigned char* pixels,
-               PngErrorSink& sink) {
+               PngErrorSink& sink)
+{
     png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &sink, onPngError, onPngWarning);
-    if (png == nullptr) return false;
+    if (png == nullptr)
+        return false;
     png_infop info = png_create_info_struct(png);
     if (info == nullptr || setjmp(png_jmpbuf(png))) {
         png_destroy_write_struct(&png, &info);
@@ -41,9 +44,11 @@ bool writeRows(std::FILE* out, png_uint_32 width, png_uint_32 height, int bitDep
     png_write_info(png, info);
 #if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
     // PNG stores 16-bit samples big-endian.
-    if (bitDepth == 16) png_set_swap(png);
+    if (bitDepth == 16)
+        png_set_swap(png);
 #endif
-    for (png_uint_32 y = 0; y < height; ++y) png_write_row(png, pixels + size_t(y) * rowBytes);
+    for (png_uint_32 y = 0; y < height; ++y)
+        png_write_row(png, pixels + size_t(y) * rowBytes);
     png_write_end(png, nullptr);
     png_destroy_write_struct(&png, &info);
     return true;
@@ -52,10 +57,12 @@ bool writeRows(std::FILE* out, png_uint_32 width, png_uint_32 height, int bitDep
 } // namespace
 
 bool writePng(std::FILE* out, unsigned int width, unsigned int height, int bitDepth, const void* pixels,
-              std::string& error) {
+              std::string& error)
+{
     PngErrorSink sink{};
     std::strcpy(sink.message, "cannot create the PNG writer");
-    if (writeRows(out, width, height, bitDepth, static_cast<const unsigned char*>(pixels), sink)) return true;
+    if (writeRows(out, width, height, bitDepth, static_cast<const unsigned char*>(pixels), sink))
+        return true;
     error = std::string("PNG: ") + sink.message;
     return false;
 }

@@ -2,7 +2,10 @@
 #include "plugin/entry_points.h"
 
 // The three encode entries are one body under three names; the argument is never looked at.
-extern "C" unsigned int imgEncode8(void*) { return vkStatusUnsupported; }
+extern "C" unsigned int imgEncode8(void*)
+{
+    return vkStatusUnsupported;
+}
 // gcc wants an alias to repeat the nothrow it infers for the target; clang
 // takes that as a throw guarantee the header does not declare.
 #if defined(__clang__)

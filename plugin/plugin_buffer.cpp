@@ -5,8 +5,10 @@
 namespace vkP {
 
 // A missing file buffer is treated like a count below 1: nothing is read.
-bool _imgPluginBuffer::readfromFileBuffer(_imgFileBuffer* fb, const short& size) {
-    if (size < 1 || fb == nullptr) return false;
+bool _imgPluginBuffer::readfromFileBuffer(_imgFileBuffer* fb, const short& size)
+{
+    if (size < 1 || fb == nullptr)
+        return false;
     return fb->readBuffer(data, size);
 }
 

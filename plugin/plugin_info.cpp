@@ -14,24 +14,28 @@ constexpr char tiffFileMasks[] = "*.tiff;*.tif;";
 
 constexpr unsigned short tiffPluginKind = 2;
 constexpr unsigned char tiffOptionFlag = 0;
-constexpr unsigned int tiffHeaderBytes = 2048;      // how much of a file the host loads before imgLoadHeader
-constexpr unsigned short tiffCapabilityFlags = 42;  // bits 1, 3 and 5
+constexpr unsigned int tiffHeaderBytes = 2048;     // how much of a file the host loads before imgLoadHeader
+constexpr unsigned short tiffCapabilityFlags = 42; // bits 1, 3 and 5
 
 // Writes t unit by unit (each byte widened to 16 bits), then sets the length
 // and a 0 unit after the text. The reserved word is the host's and stays.
 template <int N, std::size_t L>
-void putText(_vkString<N>& s, const char (&t)[L]) {
+void putText(_vkString<N>& s, const char (&t)[L])
+{
     constexpr std::size_t len = L - 1;
     static_assert(len <= static_cast<std::size_t>(N), "the text fits the field");
-    for (std::size_t i = 0; i < len; ++i) s.text[i] = static_cast<unsigned char>(t[i]);
+    for (std::size_t i = 0; i < len; ++i)
+        s.text[i] = static_cast<unsigned char>(t[i]);
     s.length = static_cast<unsigned short>(len);
     s.text[len] = 0;
 }
 
 } // namespace
 
-extern "C" unsigned int imgInfo(_imgPluginInfo* info) {
-    if (info == nullptr) return vkStatusVersionMismatch;
+extern "C" unsigned int imgInfo(_imgPluginInfo* info)
+{
+    if (info == nullptr)
+        return vkStatusVersionMismatch;
     putText(info->libraryVersion, vkVersion);
     putText(info->extraVersion, tiffExtraVersion);
     info->pluginKind = tiffPluginKind;

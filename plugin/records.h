@@ -13,7 +13,7 @@ class _imgFileBuffer;
 class _imgRGBABuffer8;
 class _imgRGBABuffer16;
 class _imgRGBABufferf;
-}
+} // namespace vkP
 
 // Library-wide version text of the shared support code; imgInfo reports it.
 constexpr char vkVersion[] = " 7.0.27";
@@ -29,8 +29,8 @@ struct _imgPluginInfo {
     _vkString<25> extraVersion;
     unsigned char optionFlag;
     unsigned char reserved[7];
-    unsigned int headerBytes;  // how much of a file the host should load before imgLoadHeader
-    _vkString<50> fileMasks;   // "*.tiff;*.tif;"
+    unsigned int headerBytes; // how much of a file the host should load before imgLoadHeader
+    _vkString<50> fileMasks;  // "*.tiff;*.tif;"
     unsigned short capabilityFlags;
 };
 

@@ -1,4 +1,5 @@
-/* host_link.c - a host compiled apart from the plug-in, in C, declaring the eight entry points itself: it links and calls each */
+/* host_link.c - a host compiled apart from the plug-in, in C, declaring the eight entry points itself: it links and
+ * calls each */
 #include <string.h>
 
 unsigned int imgInfo(void* info);
@@ -12,8 +13,8 @@ unsigned int imgEncodef(void* call);
 
 int main(void)
 {
-    unsigned int (*const refused[])(void*) = {imgLoadHeader, imgDecode8, imgDecode16, imgDecodef,
-                                              imgEncode8, imgEncode16, imgEncodef};
+    unsigned int (*const refused[])(void*) = {imgLoadHeader, imgDecode8,  imgDecode16, imgDecodef,
+                                              imgEncode8,    imgEncode16, imgEncodef};
     unsigned char info[604] = {0};
     const unsigned short hostVersion = 0xA002;
     unsigned int i;

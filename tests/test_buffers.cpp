@@ -6,8 +6,8 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "shared/image/file_buffer.h"
 #include "plugin/records.h"
+#include "shared/image/file_buffer.h"
 #include "shared/image/rgba_buffer.h"
 
 using namespace vkP;
@@ -16,8 +16,14 @@ namespace {
 
 using Args = std::vector<std::string>;
 
-float num(const std::string& s) { return std::stof(s); }
-int whole(const std::string& s) { return int(std::stoll(s, nullptr, 0)); }
+float num(const std::string& s)
+{
+    return std::stof(s);
+}
+int whole(const std::string& s)
+{
+    return int(std::stoll(s, nullptr, 0));
+}
 
 template <class... T>
 std::string joined(T... v)
@@ -145,7 +151,7 @@ std::string runOther(const std::string& what, const std::string& op, const Args&
     } else if (op.compare(0, 5, "write") == 0) { // value (hex) in the wanted order; the 4 bytes from the position
         const long long at = fb.bufPosition;
         const unsigned v = unsigned(std::stoul(a.at(2), nullptr, 16));
-        ok = op == "write16" ? fb.writeUint16(uint16_t(v), big)
+        ok = op == "write16"   ? fb.writeUint16(uint16_t(v), big)
              : op == "write24" ? fb.writeUint24(v, big)
                                : fb.writeUint32(v, big);
         for (long long i = std::min(at + 3, 15LL); i >= at; --i)

@@ -1,4 +1,5 @@
-// test_concurrency.cpp - decodes on several threads at once (run under ThreadSanitizer by `make test-tsan`), equal to sequential ones
+// test_concurrency.cpp - decodes on several threads at once (run under ThreadSanitizer by `make test-tsan`), equal to
+// sequential ones
 #include <gtest/gtest.h>
 
 #include <atomic>

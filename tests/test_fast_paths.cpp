@@ -43,20 +43,20 @@ int expectSamePaths(const Bytes& file, long long loaded = -1, const Edit& edit =
         return 0;
     const bool alpha = probe.info.hasAlpha != 0;
     const Target shapes[] = {
-        {w, h, 0, alpha},                        // what a host normally allocates
-        {w, h, 0, !alpha},                       // the other alpha flag
-        {w + 3, h, 0, alpha},                    // wider than the image
+        {w, h, 0, alpha},                         // what a host normally allocates
+        {w, h, 0, !alpha},                        // the other alpha flag
+        {w + 3, h, 0, alpha},                     // wider than the image
         {w > 1 ? w - 1 : 1, h + 1, w * h, alpha}, // narrower: rows wrap onto the next
-        {w, h, w * h / 2 + 1, alpha},            // claims more pixels than it holds
+        {w, h, w * h / 2 + 1, alpha},             // claims more pixels than it holds
     };
     int ok = 0;
     for (int bits : {8, 16, 32})
         for (const Target& s : shapes) {
             const Outcome plain = decodeOnce(file, loaded, bits, s, DecodePath::plain, edit);
             const Outcome fast = decodeOnce(file, loaded, bits, s, DecodePath::fast, edit);
-            EXPECT_TRUE(same(plain, fast)) << "entry " << bits << " target " << s.width << "x" << s.height << "/"
-                                           << s.capacity << " alpha " << s.alpha << " status " << plain.status
-                                           << "/" << fast.status;
+            EXPECT_TRUE(same(plain, fast))
+                << "entry " << bits << " target " << s.width << "x" << s.height << "/" << s.capacity << " alpha "
+                << s.alpha << " status " << plain.status << "/" << fast.status;
             ok += plain.status == 1;
         }
     return ok;
@@ -104,8 +104,9 @@ Bytes randomImage(std::mt19937& rng)
     for (uint32_t c = 0; c < chunks; ++c) {
         const uint32_t rows = tiled ? chunkH : std::min(chunkH, im.height - c * chunkH); // last strip: its own rows
         const Bytes raw = pictureBytes(rng, size_t(chunkW) * rows * im.bitsPerSample / 8 * im.samplesPerPixel);
-        im.chunks.push_back(im.compression == 5 ? lzwEncodeTiff(raw, clearWhenFull)
-                            : im.compression == 1 ? raw : packBitsEncode(raw));
+        im.chunks.push_back(im.compression == 5   ? lzwEncodeTiff(raw, clearWhenFull)
+                            : im.compression == 1 ? raw
+                                                  : packBitsEncode(raw));
     }
     return buildImage(im);
 }

@@ -9,7 +9,6 @@
 #include <iterator>
 #include <sstream>
 
-
 #include "support/decode_run.h"
 #include "support/recipe.h"
 #include "support/tool_check.h"
@@ -69,15 +68,16 @@ void describe(const Recipe& r, const Bytes& file, std::vector<std::string>& line
     LoadedTiff h = load(r, file, false);
     std::ostringstream head;
     head << r.name << " header " << h.status << " info=" << hex64(fnv1a((const uint8_t*)&h.info, sizeof h.info))
-         << " tiff=" << hex64(fnv1a((const uint8_t*)h.header.get(), sizeof(TiffHeader))) << " \""
-         << infoText(h.info) << '"';
+         << " tiff=" << hex64(fnv1a((const uint8_t*)h.header.get(), sizeof(TiffHeader))) << " \"" << infoText(h.info)
+         << '"';
     lines.push_back(head.str());
     if (h.status != 1)
         return;
     for (int bits : r.entries)
         for (int alpha : r.alpha) {
             const Target target = targetFor(r, h.info, alpha != 0);
-            const uint64_t pixels = uint64_t(target.capacity ? target.capacity : uint64_t(target.width) * target.height);
+            const uint64_t pixels =
+                uint64_t(target.capacity ? target.capacity : uint64_t(target.width) * target.height);
             if (pixels > maxTargetPixels || pixels == 0)
                 continue;
             std::string results[2];
@@ -85,8 +85,8 @@ void describe(const Recipe& r, const Bytes& file, std::vector<std::string>& line
                 LoadedTiff t = load(r, file, true);
                 const Outcome o = decodeFresh(t, bits, target, path);
                 std::ostringstream result;
-                result << o.status << " pos=" << o.position
-                       << " px=" << hex64(fnv1a(o.memory.data(), o.memory.size())) << " file=" << hex64(o.fileHash);
+                result << o.status << " pos=" << o.position << " px=" << hex64(fnv1a(o.memory.data(), o.memory.size()))
+                       << " file=" << hex64(o.fileHash);
                 results[path == DecodePath::fast] = result.str();
                 lines.push_back(r.name + " d" + std::to_string(bits) + " a" + std::to_string(alpha) +
                                 (path == DecodePath::plain ? " plain " : " fast ") + result.str());

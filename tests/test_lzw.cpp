@@ -161,8 +161,8 @@ TEST(Lzw, RoundTrip)
         size_t size;
         int alphabet;
         bool clear;
-    } cases[] = {{0, 256, true}, {1, 256, true}, {70000, 256, true}, {70000, 3, true}, {300000, 4, false},
-                 {100000, 1, false}};
+    } cases[] = {{0, 256, true},   {1, 256, true},     {70000, 256, true},
+                 {70000, 3, true}, {300000, 4, false}, {100000, 1, false}};
     uint32_t seed = 1;
     for (const Case& c : cases) {
         Bytes data = randomBytes(c.size, seed++, c.alphabet);

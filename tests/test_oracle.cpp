@@ -1,4 +1,5 @@
-// test_oracle.cpp - the decoders against the samples PIL, tifffile and tiffcp wrote, as the rules of oracle_cases.txt say
+// test_oracle.cpp - the decoders against the samples PIL, tifffile and tiffcp wrote, as the rules of oracle_cases.txt
+// say
 #include <gtest/gtest.h>
 
 #include <cmath>

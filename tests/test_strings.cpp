@@ -1,4 +1,5 @@
-// test_strings.cpp - the fixed-capacity strings, the string list and the number texts, case by case from string_cases.txt
+// test_strings.cpp - the fixed-capacity strings, the string list and the number texts, case by case from
+// string_cases.txt
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -39,8 +40,12 @@ std::string show(const S& s)
         const unsigned u = sizeof s.text[0] == 1 ? (unsigned char)s.text[i] : unsigned(s.text[i]);
         char hex[8];
         std::snprintf(hex, sizeof hex, "\\x%02x", u);
-        out += u == ' ' ? "\\s" : u == '\t' ? "\\t" : u == '\n' ? "\\n" : u == '\r' ? "\\r"
-               : u < 0x20 || u >= 0x7F ? hex : std::string(1, char(u));
+        out += u == ' '                ? "\\s"
+               : u == '\t'             ? "\\t"
+               : u == '\n'             ? "\\n"
+               : u == '\r'             ? "\\r"
+               : u < 0x20 || u >= 0x7F ? hex
+                                       : std::string(1, char(u));
     }
     return out.empty() ? "\"\"" : out;
 }
@@ -148,8 +153,10 @@ TEST(Strings, EveryCase)
         words >> want;
         SCOPED_TRACE(line);
         for (char f : families == "*" ? std::string("weu") : families) {
-            const std::string got = f == 'w' ? run<W>(op, args) : f == 'e' ? run<E>(op, args)
-                                    : f == 'u' ? run<U>(op, args) : runOther(op, args);
+            const std::string got = f == 'w'   ? run<W>(op, args)
+                                    : f == 'e' ? run<E>(op, args)
+                                    : f == 'u' ? run<U>(op, args)
+                                               : runOther(op, args);
             EXPECT_EQ(got, want) << "family " << f;
             ++cases;
         }

@@ -11,12 +11,18 @@
 // beyond them (a hand-made header, or a tile grid whose 32-bit tile count
 // wrapped) is not decodable: the paths then stop with vkStatusCorruptData,
 // the chunks before it written.
-inline bool chunkInTable(uint64_t chunk) { return chunk < uint64_t(maxStrips); }
+inline bool chunkInTable(uint64_t chunk)
+{
+    return chunk < uint64_t(maxStrips);
+}
 
 // A position formed in wrapping 32-bit arithmetic, handed to the file buffer
 // as the int it expects. Positions of 2 GiB and more turn negative there and
 // are refused like any other position beyond the data.
-inline int filePosition(uint32_t position) { return int(position); }
+inline int filePosition(uint32_t position)
+{
+    return int(position);
+}
 
 // Rows asked of the decoder for the strip whose first image row is firstRow:
 // its nominal rows, or fewer for the last. Unsigned, so a strip that starts

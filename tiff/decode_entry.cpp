@@ -114,15 +114,22 @@ unsigned int decodeImagef(vkP::_dataIMG_Decodef* record, DecodePath path)
         const wide::StripLayout l = wide::stripLayout(h, target.alpha);
         if (c == tiffCompressionLZW)
             return bits == 32 ? lzwFloatToWide(fb, target, h, l, path) : vkStatusUnsupported;
-        return c == tiffCompressionPackBits ? packBitsFloatToWide(fb, target, h, l, path) : noneFloatToWide(fb, target, h, l, path);
+        return c == tiffCompressionPackBits ? packBitsFloatToWide(fb, target, h, l, path)
+                                            : noneFloatToWide(fb, target, h, l, path);
     });
 }
 
-extern "C" VK_API unsigned int imgDecode8(vkP::_dataIMG_Decode8* call) { return decodeImage8(call, DecodePath::fast); }
+extern "C" VK_API unsigned int imgDecode8(vkP::_dataIMG_Decode8* call)
+{
+    return decodeImage8(call, DecodePath::fast);
+}
 
 extern "C" VK_API unsigned int imgDecode16(vkP::_dataIMG_Decode16* call)
 {
     return decodeImage16(call, DecodePath::fast);
 }
 
-extern "C" VK_API unsigned int imgDecodef(vkP::_dataIMG_Decodef* call) { return decodeImagef(call, DecodePath::fast); }
+extern "C" VK_API unsigned int imgDecodef(vkP::_dataIMG_Decodef* call)
+{
+    return decodeImagef(call, DecodePath::fast);
+}

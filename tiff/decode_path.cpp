@@ -3,8 +3,8 @@
 
 #include "tiff/lzw_fast.h"
 #include "tiff/rows8_fast.h"
-#include "tiff/strip_loops_wide_fast.h"
 #include "tiff/strip_loops_wide.h"
+#include "tiff/strip_loops_wide_fast.h"
 #include "tiff/target_rows.h"
 
 bool fastStripRows8(const decode8::Call& call, uint32_t offset, uint32_t firstRow, uint32_t rows)
@@ -21,8 +21,7 @@ bool fastFloatStripRows8(const decode8::Call& call, uint32_t offset, uint32_t fi
            decode8::floatChunkFullyLoaded(call, offset, uint64_t(rows) * width);
 }
 
-bool fastLzwStrip8(const decode8::Call& call, uint32_t wanted, uint32_t scratchBytes, uint32_t firstRow,
-                   uint32_t rows)
+bool fastLzwStrip8(const decode8::Call& call, uint32_t wanted, uint32_t scratchBytes, uint32_t firstRow, uint32_t rows)
 {
     return call.path == DecodePath::fast && wanted <= scratchBytes &&
            blockInTarget(call.target, 0, firstRow, call.header.imageWidth, rows);

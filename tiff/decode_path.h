@@ -44,8 +44,7 @@ bool fastFloatStripRows8(const decode8::Call& call, uint32_t offset, uint32_t fi
 
 // LZW strip into an 8-bit target, decoded whole and emitted row by row: it
 // fits the scratch and lies in the target.
-bool fastLzwStrip8(const decode8::Call& call, uint32_t wanted, uint32_t scratchBytes, uint32_t firstRow,
-                   uint32_t rows);
+bool fastLzwStrip8(const decode8::Call& call, uint32_t wanted, uint32_t scratchBytes, uint32_t firstRow, uint32_t rows);
 
 // A tile whose shown pixels all lie in the 8-bit target: stored row by row
 // (tiles never share an index, so the order does not matter).

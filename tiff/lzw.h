@@ -1,16 +1,17 @@
-// lzw.h - resumable table-driven LZW decompressor: TIFF mode (MSB-first, early change) and block mode (LSB-first sub-blocks)
+// lzw.h - resumable table-driven LZW decompressor: TIFF mode (MSB-first, early change) and block mode (LSB-first
+// sub-blocks)
 #pragma once
 
 #include "plugin/vk_api.h"
 
-constexpr int lzwMaxBits = 12;                  // widest code
-constexpr int lzwTableSize = 1 << lzwMaxBits;   // 4096 slots
-constexpr int lzwModeBlock = 0;                 // LSB-first, length-prefixed sub-blocks
-constexpr int lzwModeTiff = 1;                  // MSB-first, width grows one code early
+constexpr int lzwMaxBits = 12;                // widest code
+constexpr int lzwTableSize = 1 << lzwMaxBits; // 4096 slots
+constexpr int lzwModeBlock = 0;               // LSB-first, length-prefixed sub-blocks
+constexpr int lzwModeTiff = 1;                // MSB-first, width grows one code early
 
 // Decoder state, supplied by the caller (about 16 KB); nothing is allocated.
 struct LZWState {
-    int endOfInput;              // set once input ran out; informational only
+    int endOfInput; // set once input ran out; informational only
     const unsigned char* readPos;
     const unsigned char* readEnd;
     int bitCount;
@@ -20,7 +21,7 @@ struct LZWState {
     int codeMask;
     int rootWidth;
     int clearCode;
-    int endCode;                 // -1 once the end of the stream has been met
+    int endCode; // -1 once the end of the stream has been met
     int firstFreeCode;
     int tableLimit;
     int growAt;

@@ -1,6 +1,6 @@
 // lzw_chunk.cpp - the LZW decoder started on one strip or tile, and the requests of the 16-bit and float targets
-#include "tiff/loaded.h"
 #include "tiff/lzw_chunk.h"
+#include "tiff/loaded.h"
 
 #include <climits>
 

@@ -1,9 +1,10 @@
-// lzw_fast.cpp - whole-chunk TIFF LZW decoding: short strings stored from one word per code, long ones copied from earlier output
+// lzw_fast.cpp - whole-chunk TIFF LZW decoding: short strings stored from one word per code, long ones copied from
+// earlier output
 #include "tiff/lzw_fast.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <type_traits>
 
@@ -52,8 +53,14 @@ inline uint64_t longWord(unsigned int first, uint32_t offset, uint32_t length)
            uint64_t(longString) << lengthShift;
 }
 
-inline uint32_t longOffset(uint64_t word) { return uint32_t(word >> offsetShift); }
-inline int longLength(uint64_t word) { return int((word >> longLengthShift) & 0xFFFF); }
+inline uint32_t longOffset(uint64_t word)
+{
+    return uint32_t(word >> offsetShift);
+}
+inline int longLength(uint64_t word)
+{
+    return int((word >> longLengthShift) & 0xFFFF);
+}
 
 // The last byte of a string, a long one read where it was written.
 inline unsigned char lastByte(uint64_t word, const unsigned char* out)
@@ -81,8 +88,14 @@ inline uint64_t extend(uint64_t word, unsigned int byte, uint32_t offset)
 using BitWord = std::conditional_t<sizeof(void*) >= 8, uint64_t, uint32_t>;
 constexpr int bitWordBits = 8 * int(sizeof(BitWord));
 
-inline uint64_t byteSwap(uint64_t v) { return __builtin_bswap64(v); }
-inline uint32_t byteSwap(uint32_t v) { return __builtin_bswap32(v); }
+inline uint64_t byteSwap(uint64_t v)
+{
+    return __builtin_bswap64(v);
+}
+inline uint32_t byteSwap(uint32_t v)
+{
+    return __builtin_bswap32(v);
+}
 
 // The bits from bit `pos` of data on, most significant first, as many as a
 // BitWord holds less up to seven (all the bytes loaded must lie in data).
@@ -362,10 +375,9 @@ __attribute__((noinline)) bool decodeBlock(Walk& k, int block)
 
 bool lzwFreshTiffStart(const LZWState& s)
 {
-    return s.mode == lzwModeTiff && s.rootWidth == rootWidth && s.endCode == endCode &&
-           s.nextCode == firstFreeCode && s.codeWidth == firstWidth && s.bitCount == 0 && s.bitBuffer == 0 &&
-           s.endOfInput == 0 && s.readPos <= s.readEnd && s.stackTop == s.pending && s.prevCode == 0 &&
-           s.firstChar == 0;
+    return s.mode == lzwModeTiff && s.rootWidth == rootWidth && s.endCode == endCode && s.nextCode == firstFreeCode &&
+           s.codeWidth == firstWidth && s.bitCount == 0 && s.bitBuffer == 0 && s.endOfInput == 0 &&
+           s.readPos <= s.readEnd && s.stackTop == s.pending && s.prevCode == 0 && s.firstChar == 0;
 }
 
 int lzwDecodeStrip(LZWState* s, unsigned char* out, int len)
@@ -390,8 +402,8 @@ int lzwDecodeStrip(LZWState* s, unsigned char* out, int len)
     int codeWidth = firstWidth;
     int growRun = growRunFor(codeWidth);
     bool ended = false;
-    bool endAfterClear = false; // the table was reset, prevCode kept
-    int unread = 0;             // bits of a code handed back to ff_lzw_decode
+    bool endAfterClear = false;  // the table was reset, prevCode kept
+    int unread = 0;              // bits of a code handed back to ff_lzw_decode
     int defined = firstFreeCode; // slots below were defined by this call
 
     while (dst < end) {

@@ -1,4 +1,5 @@
-// narrow_rows_fast.cpp - rows of float samples narrowed to 16-bit RGBA records, four channels at a time where SSE2 is there
+// narrow_rows_fast.cpp - rows of float samples narrowed to 16-bit RGBA records, four channels at a time where SSE2 is
+// there
 #include "tiff/narrow_rows_fast.h"
 
 #if defined(__SSE2__)
@@ -50,8 +51,8 @@ inline __m128i packChannels(__m128i first, __m128i second)
 
 } // namespace
 
-void narrowFloatRow(const unsigned char* src, uint32_t count, uint32_t stride, bool alpha, bool swap,
-                    vkP::_Rgba16* out, vkP::_Rgba16& px)
+void narrowFloatRow(const unsigned char* src, uint32_t count, uint32_t stride, bool alpha, bool swap, vkP::_Rgba16* out,
+                    vkP::_Rgba16& px)
 {
     uint32_t x = 0;
 #if defined(__SSE2__)
@@ -65,8 +66,8 @@ void narrowFloatRow(const unsigned char* src, uint32_t count, uint32_t stride, b
         unsigned char* to = reinterpret_cast<unsigned char*>(out);
         for (; x + 2 < count; x += 2) {
             const unsigned char* at = src + size_t(x) * stride;
-            const __m128i two =
-                packChannels(vkP::channelsSse2(loadFloats(at, swap), vkP::channelScale16), vkP::channelsSse2(loadFloats(at + stride, swap), vkP::channelScale16));
+            const __m128i two = packChannels(vkP::channelsSse2(loadFloats(at, swap), vkP::channelScale16),
+                                             vkP::channelsSse2(loadFloats(at + stride, swap), vkP::channelScale16));
             _mm_storeu_si128(reinterpret_cast<__m128i*>(to + size_t(x) * sizeof(vkP::_Rgba16)),
                              _mm_or_si128(_mm_and_si128(two, keep), fill));
         }

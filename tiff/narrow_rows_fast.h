@@ -1,4 +1,5 @@
-// narrow_rows_fast.h - rows of float samples narrowed to 16-bit RGBA records, four channels at a time where SSE2 is there
+// narrow_rows_fast.h - rows of float samples narrowed to 16-bit RGBA records, four channels at a time where SSE2 is
+// there
 #pragma once
 
 #include <cstdint>
@@ -15,7 +16,7 @@ constexpr uint32_t floatBytes = 4;
 // it, bytes reversed first when `swap`. Pixel x is stored at out[x]; channels
 // not read carry over from px, which is left as the last pixel stored.
 // Reads nothing past the floats the last pixel reads. Needs stride >= 12.
-void narrowFloatRow(const unsigned char* src, uint32_t count, uint32_t stride, bool alpha, bool swap,
-                    vkP::_Rgba16* out, vkP::_Rgba16& px);
+void narrowFloatRow(const unsigned char* src, uint32_t count, uint32_t stride, bool alpha, bool swap, vkP::_Rgba16* out,
+                    vkP::_Rgba16& px);
 
 } // namespace wide

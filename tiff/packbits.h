@@ -64,7 +64,8 @@ void walkPackBits(vkP::_imgFileBuffer& fb, Sink&& sink, Stop&& stop, Idle&& idle
 template <class Sink, class Stop>
 void walkPackBits(vkP::_imgFileBuffer& fb, Sink&& sink, Stop&& stop)
 {
-    walkPackBits(fb, sink, stop, [] { return false; }, [](int) {});
+    walkPackBits(
+        fb, sink, stop, [] { return false; }, [](int) {});
 }
 
 // How many of the byte counters count .. count + n - 1 (32-bit, wrapping)

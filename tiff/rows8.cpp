@@ -1,6 +1,6 @@
 // rows8.cpp - sample rules of the 8-bit decoders: layout, pixel fetch, float bytes, predictor, scratch sizes
-#include "tiff/loaded.h"
 #include "tiff/rows8.h"
+#include "tiff/loaded.h"
 
 #include <climits>
 
@@ -20,8 +20,12 @@ SampleLayout sampleLayout(const TiffHeader& header, const vkP::_imgRGBABuffer8& 
 
 Call makeCall(vkP::_dataIMG_Decode8& record, const TiffHeader& header, DecodePath path)
 {
-    return Call{*record.fileBuffer, *record.target, header, sampleLayout(header, *record.target),
-                vkP::_Rgba8{204, 204, 204, 255}, path};
+    return Call{*record.fileBuffer,
+                *record.target,
+                header,
+                sampleLayout(header, *record.target),
+                vkP::_Rgba8{204, 204, 204, 255},
+                path};
 }
 
 void readFilePixel(Call& call, uint32_t position)
@@ -83,7 +87,5 @@ void readBytePixel(Call& call, const unsigned char* at)
     call.pixel.g = at[step];
     call.pixel.r = at[0];
 }
-
-
 
 } // namespace decode8

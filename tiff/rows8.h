@@ -7,8 +7,8 @@
 #include <new>
 
 #include "plugin/records.h"
-#include "shared/image/channel_rule.h"
 #include "plugin/status.h"
+#include "shared/image/channel_rule.h"
 #include "shared/image/file_buffer.h"
 #include "shared/image/pixel.h"
 #include "shared/image/rgba_buffer.h"
@@ -47,7 +47,10 @@ struct Call {
 
 Call makeCall(vkP::_dataIMG_Decode8& record, const TiffHeader& header, DecodePath path);
 
-inline bool isIntegerDepth(unsigned short bitsPerSample) { return bitsPerSample == 8 || bitsPerSample == 16; }
+inline bool isIntegerDepth(unsigned short bitsPerSample)
+{
+    return bitsPerSample == 8 || bitsPerSample == 16;
+}
 
 // Reads a, b, g, r of the pixel whose first byte (plus high-byte index) is at
 // `position` in the file into call.pixel; a refused read leaves its channel.

@@ -1,7 +1,7 @@
 // rows8_fast.cpp - fast paths of the 8-bit decoders: row predicates, row conversion, predictor in the same pass
+#include "tiff/rows8_fast.h"
 #include "tiff/loaded.h"
 #include "tiff/simd_sse2.h"
-#include "tiff/rows8_fast.h"
 
 #include <climits>
 #include <cstring>
@@ -19,7 +19,10 @@ static_assert(sizeof(vkP::_Rgba8) == 4, "an _Rgba8 is one 32-bit word");
 using simd::load32;
 using simd::rgbMask;
 
-inline uint32_t alphaBits(unsigned char a) { return uint32_t(a) << 24; }
+inline uint32_t alphaBits(unsigned char a)
+{
+    return uint32_t(a) << 24;
+}
 
 inline vkP::_Rgba8 unpack(uint32_t v)
 {
@@ -132,8 +135,7 @@ void emitRow(Call& call, const unsigned char* src, uint32_t count, uint32_t left
     });
 }
 
-void emitPredictedRow(Call& call, unsigned char* row, uint32_t rowWidth, uint32_t count, uint32_t left,
-                      uint32_t y)
+void emitPredictedRow(Call& call, unsigned char* row, uint32_t rowWidth, uint32_t count, uint32_t left, uint32_t y)
 {
     const SampleLayout& L = call.layout;
     const uint32_t spp = call.header.samplesPerPixel;

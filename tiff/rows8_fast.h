@@ -11,7 +11,10 @@ namespace decode8 {
 // the whole chunk first would: a row's differences reach at most the first
 // sample of the next row, and a pixel's channels reach no further, when a
 // pixel has two or more samples.
-inline bool predictorByRows(uint32_t samplesPerPixel) { return samplesPerPixel >= 2; }
+inline bool predictorByRows(uint32_t samplesPerPixel)
+{
+    return samplesPerPixel >= 2;
+}
 
 // True when every float that the uncompressed float path reads for pixels 0
 // .. pixels - 1 of a chunk at `offset` lies in the loaded data below 2 GiB.
@@ -27,13 +30,11 @@ void emitRow(Call& call, const unsigned char* src, uint32_t count, uint32_t left
 // the first byte of the chunk row (rowWidth pixels, of which the first count
 // are emitted). Undoes the predictor for this row first, where the common
 // layouts do it in the same pass without writing the sums back.
-void emitPredictedRow(Call& call, unsigned char* row, uint32_t rowWidth, uint32_t count, uint32_t left,
-                      uint32_t y);
+void emitPredictedRow(Call& call, unsigned char* row, uint32_t rowWidth, uint32_t count, uint32_t left, uint32_t y);
 
 // A row of float samples from the loaded file (`src` pixel 0's first byte),
 // converted as the uncompressed float path converts them.
 void emitFloatRow(Call& call, const unsigned char* src, uint32_t count, uint32_t y);
-
 
 // PackBits strips as packBitsInteger and packBitsFloat decode them, packets
 // that lie in the loaded data read from memory and bytes stored without calls.

@@ -1,7 +1,7 @@
 // rows8_stream_fast.cpp - rows of 8-bit samples stored into large 8-bit targets with streaming stores
+#include "tiff/rows8_stream_fast.h"
 #include "tiff/loaded.h"
 #include "tiff/simd_sse2.h"
-#include "tiff/rows8_stream_fast.h"
 
 #include <algorithm>
 #include <cstring>
@@ -109,8 +109,7 @@ bool streamRow(Call& call, const unsigned char* src, uint32_t count, uint32_t le
         const __m128i fill4 = _mm_set1_epi32(int32_t(fill));
         last = storeRow(
             out, count, count, [&](uint32_t x) { return (load32(src + size_t(x) * 4) & keep) | fill; },
-            [&](uint32_t x) { return _mm_or_si128(_mm_and_si128(load128(src + size_t(x) * 4), keep4), fill4); },
-            ahead);
+            [&](uint32_t x) { return _mm_or_si128(_mm_and_si128(load128(src + size_t(x) * 4), keep4), fill4); }, ahead);
     } else {
         // Two pixels in each 64-bit lane of two eight-byte loads, the second
         // pixel's bytes moved up one place past the first one's alpha. Loads
@@ -119,14 +118,8 @@ bool streamRow(Call& call, const unsigned char* src, uint32_t count, uint32_t le
         const __m128i fill4 = _mm_set1_epi32(int32_t(a));
         const uint32_t final = count - 1;
         last = storeRow(
-            out, count, final,
-            [&](uint32_t x) {
-                return simd::rgbWord(src + size_t(x) * 3, x < final) | a;
-            },
-            [&](uint32_t x) {
-                return _mm_or_si128(simd::expandRgb4(src + size_t(x) * 3), fill4);
-            },
-            ahead);
+            out, count, final, [&](uint32_t x) { return simd::rgbWord(src + size_t(x) * 3, x < final) | a; },
+            [&](uint32_t x) { return _mm_or_si128(simd::expandRgb4(src + size_t(x) * 3), fill4); }, ahead);
     }
     std::memcpy(&call.pixel, &last, sizeof last);
     return true;

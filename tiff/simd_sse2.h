@@ -28,7 +28,10 @@ inline uint32_t rgbWord(const unsigned char* at, bool wide)
 }
 
 #if defined(__SSE2__)
-inline __m128i load128(const unsigned char* at) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at)); }
+inline __m128i load128(const unsigned char* at)
+{
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+}
 
 // Four three-byte pixels at `at` as four words with zero alpha, from two
 // eight-byte loads (two pixels in each 64-bit lane, the second pixel's bytes

@@ -8,22 +8,22 @@
 
 #include "plugin/records.h"
 #include "plugin/status.h"
-#include "shared/image/file_buffer.h"
 #include "shared/image/channel_rule.h"
+#include "shared/image/file_buffer.h"
 #include "shared/image/pixel.h"
 #include "shared/image/rgba_buffer.h"
 #include "tiff/chunks.h"
+#include "tiff/decode_path.h"
+#include "tiff/lzw.h"
 #include "tiff/lzw_chunk.h"
 #include "tiff/packbits.h"
 #include "tiff/scratch.h"
-#include "tiff/decode_path.h"
-#include "tiff/lzw.h"
 #include "tiff/tiff_header.h"
 #include "tiff/visible.h"
 
 namespace wide {
 
-constexpr bool noSwap = false;                   // the file buffer swaps by its own byte-order flag
+constexpr bool noSwap = false; // the file buffer swaps by its own byte-order flag
 
 // The header values one call runs on: W, H, R, S, the strips to walk and the
 // target's alpha flag.
@@ -49,7 +49,6 @@ inline uint16_t unitAt(const unsigned char* scratch, uint32_t unit)
     return v;
 }
 
-
 // Writes a whole pixel record at column x, row y through the target's
 // bounds-checked x/y write.
 template <class Target, class Pixel>
@@ -69,15 +68,27 @@ constexpr vkP::_Rgba16 startPixel16{0xCCCC, 0xCCCC, 0xCCCC, 0xFFFF};
 // 16-bit target (0xCCCC is 0.8 of full scale), kept by channels never read.
 constexpr vkP::_Rgbaf startPixelf{0.8f, 0.8f, 0.8f, 1.0f};
 
-inline vkP::_Rgba16 startPixel(const vkP::_imgRGBABuffer16&) { return startPixel16; }
-inline vkP::_Rgbaf startPixel(const vkP::_imgRGBABufferf&) { return startPixelf; }
+inline vkP::_Rgba16 startPixel(const vkP::_imgRGBABuffer16&)
+{
+    return startPixel16;
+}
+inline vkP::_Rgbaf startPixel(const vkP::_imgRGBABufferf&)
+{
+    return startPixelf;
+}
 
 // A float sample into a channel of a 16-bit pixel, narrowed by the float
 // rule, or of a float pixel, unchanged. By reference: a float passed by value
 // may travel through an x87 register on 32-bit x86, which would quiet a
 // signalling NaN pattern.
-inline void setChannel(uint16_t& channel, const float& v) { channel = vkP::channel16(v); }
-inline void setChannel(float& channel, const float& v) { channel = v; }
+inline void setChannel(uint16_t& channel, const float& v)
+{
+    channel = vkP::channel16(v);
+}
+inline void setChannel(float& channel, const float& v)
+{
+    channel = v;
+}
 
 // The same from float number `index` of a decoded scratch, in memory order.
 // No float is returned by value on the way, so a float channel keeps the
@@ -98,16 +109,19 @@ inline void storeChannel(vkP::_imgRGBABuffer16& target, uint32_t index, const fl
 {
     target.writeShort(index, vkP::channel16(v));
 }
-inline void storeChannel(vkP::_imgRGBABufferf& target, uint32_t index, const float& v) { target.writeFloat(index, v); }
+inline void storeChannel(vkP::_imgRGBABufferf& target, uint32_t index, const float& v)
+{
+    target.writeFloat(index, v);
+}
 
 // What the LZW strip loop of one call works with.
 struct LzwStripPlan {
-    uint32_t scratchBytes;     // the scratch's size (scratch.h)
-    uint32_t bytesPerPixel;    // asked of the decoder per pixel of a strip
-    unsigned int shortStatus;  // the status of a strip that decodes short
-    Visible visible;           // what the target shows
-    uint32_t cut;              // bytes of a strip's data kept for the shown pixels
-    uint32_t touched;          // bytes zeroed once, at least `cut`
+    uint32_t scratchBytes;    // the scratch's size (scratch.h)
+    uint32_t bytesPerPixel;   // asked of the decoder per pixel of a strip
+    unsigned int shortStatus; // the status of a strip that decodes short
+    Visible visible;          // what the target shows
+    uint32_t cut;             // bytes of a strip's data kept for the shown pixels
+    uint32_t touched;         // bytes zeroed once, at least `cut`
 };
 
 // LZW strips: allocates and zeroes the scratch of `scratchBytes` once per call
@@ -193,8 +207,8 @@ inline uint32_t shownReach(const StripLayout& l, const Visible& v, uint64_t pixe
 // Indices at or beyond 4 × capacity, the channels the target holds, are
 // dropped. `sample` keeps its bytes from strip to strip.
 template <size_t N, class Store>
-unsigned int decodePackBitsStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, const StripLayout& l,
-                                  uint32_t capacity, unsigned char (&sample)[N], Store&& store)
+unsigned int decodePackBitsStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, const StripLayout& l, uint32_t capacity,
+                                  unsigned char (&sample)[N], Store&& store)
 {
     const uint32_t perPixel = l.alpha ? 4 : 3;
     const uint32_t rowSamples = l.width * l.samples; // 32-bit like the header fields
@@ -214,8 +228,7 @@ unsigned int decodePackBitsStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, 
         // Indices grow with the row unless they can wrap: a strip whose rows
         // (and one packet's run-on of at most 129 samples) stay below 2^30
         // pixels has nothing more to store once its row starts past the target.
-        const uint64_t reachPixels =
-            (uint64_t(y0) + l.rowsPerStrip + 130) * l.width + uint64_t(l.width) * l.samples;
+        const uint64_t reachPixels = (uint64_t(y0) + l.rowsPerStrip + 130) * l.width + uint64_t(l.width) * l.samples;
         const bool noWrap = l.width != 0 && reachPixels < (uint64_t(1) << 30);
         walkPackBits(
             fb,

@@ -1,9 +1,10 @@
-// strip_loops_wide_fast.h - fast paths of imgDecode16 and imgDecodef: strips read from memory, rows stored straight into the target
+// strip_loops_wide_fast.h - fast paths of imgDecode16 and imgDecodef: strips read from memory, rows stored straight
+// into the target
 #pragma once
 
 #include "shared/image/channel_rule.h"
-#include "tiff/target_rows.h"
 #include "tiff/strip_loops_wide.h"
+#include "tiff/target_rows.h"
 
 namespace wide {
 
@@ -11,8 +12,7 @@ namespace wide {
 // pixels - 1 of a strip at `offset` (pixels `stride` bytes apart, each read
 // reaching `reach` bytes past the pixel's first byte) lies in the loaded data
 // below 2 GiB: those reads are then made from memory, with the same values.
-bool plainStripLoaded(const vkP::_imgFileBuffer& fb, uint32_t offset, uint64_t pixels, uint32_t stride,
-                      uint32_t reach);
+bool plainStripLoaded(const vkP::_imgFileBuffer& fb, uint32_t offset, uint64_t pixels, uint32_t stride, uint32_t reach);
 
 // A 16-bit value or a float from memory, its bytes reversed when `swap`.
 inline uint16_t load16(const unsigned char* at, bool swap)
@@ -40,7 +40,6 @@ inline float loadFloat(const unsigned char* at, bool swap)
     loadFloat(v, at, swap);
     return v;
 }
-
 
 // Rows y0 .. y0 + rows - 1 of a strip: fetch(i, px) sets the channels that
 // the path reads of strip pixel i = x + r × W (32-bit, as the plain loops

@@ -15,13 +15,13 @@
 // Into 8-bit targets. The LZW paths allocate `scratch` and free it again
 // before they return; the entry frees what an exception leaves behind.
 namespace decode8 {
-unsigned int noneTo8(Call& call);                                   // strips_none.cpp
-unsigned int noneFloatTo8(Call& call);                              // strips_none.cpp
-unsigned int lzwTo8(Call& call, unsigned char*& scratch);           // strips_lzw.cpp
-unsigned int lzwFloatTo8(Call& call, unsigned char*& scratch);      // strips_lzw.cpp
-unsigned int packBitsTo8(Call& call);                               // strips_packbits.cpp
-unsigned int packBitsFloatTo8(Call& call);                          // strips_packbits.cpp
-unsigned int tilesTo8(Call& call, unsigned char*& scratch);         // tiles.cpp (none and LZW)
+unsigned int noneTo8(Call& call);                              // strips_none.cpp
+unsigned int noneFloatTo8(Call& call);                         // strips_none.cpp
+unsigned int lzwTo8(Call& call, unsigned char*& scratch);      // strips_lzw.cpp
+unsigned int lzwFloatTo8(Call& call, unsigned char*& scratch); // strips_lzw.cpp
+unsigned int packBitsTo8(Call& call);                          // strips_packbits.cpp
+unsigned int packBitsFloatTo8(Call& call);                     // strips_packbits.cpp
+unsigned int tilesTo8(Call& call, unsigned char*& scratch);    // tiles.cpp (none and LZW)
 } // namespace decode8
 
 using FileBuffer = vkP::_imgFileBuffer;
@@ -40,8 +40,7 @@ template <class Target>
 unsigned int noneFloatToWide(FileBuffer& fb, Target& target, const TiffHeader& h, const StripLayout& l,
                              DecodePath path);
 template <class Target>
-unsigned int lzwFloatToWide(FileBuffer& fb, Target& target, const TiffHeader& h, const StripLayout& l,
-                            DecodePath path);
+unsigned int lzwFloatToWide(FileBuffer& fb, Target& target, const TiffHeader& h, const StripLayout& l, DecodePath path);
 template <class Target>
 unsigned int packBitsFloatToWide(FileBuffer& fb, Target& target, const TiffHeader& h, const StripLayout& l,
                                  DecodePath path);

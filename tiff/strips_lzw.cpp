@@ -4,9 +4,9 @@
 #include <cstring>
 #include <type_traits>
 
-#include "tiff/rows8_fast.h"
 #include "tiff/lzw_chunk.h"
 #include "tiff/narrow_rows_fast.h"
+#include "tiff/rows8_fast.h"
 #include "tiff/strip_loops_wide_fast.h"
 
 using namespace decode8;
@@ -14,7 +14,10 @@ using namespace vkP;
 
 namespace {
 
-bool shortDecode(int got, uint32_t wanted) { return got < 0 || uint32_t(got) != wanted; }
+bool shortDecode(int got, uint32_t wanted)
+{
+    return got < 0 || uint32_t(got) != wanted;
+}
 
 unsigned int lzwIntegerStrips(Call& call, unsigned char* scratch, uint32_t bytes)
 {
@@ -34,15 +37,16 @@ unsigned int lzwIntegerStrips(Call& call, unsigned char* scratch, uint32_t bytes
         // even when its data would decode.
         if (int32_t(h.stripByteCounts[s]) < 1)
             return vkStatusCorruptData;
-        const uint32_t wanted = L.bytesPerPixel * h.imageWidth * stripRowsAsked(h.rowsPerStrip, h.imageLength, firstRow);
+        const uint32_t wanted =
+            L.bytesPerPixel * h.imageWidth * stripRowsAsked(h.rowsPerStrip, h.imageLength, firstRow);
         const uint32_t rows = stripRowsInImage(h.rowsPerStrip, h.imageLength, firstRow);
         // A strip wholly in the target: decoded whole, its rows emitted as
         // they are undone. A full decode overwrites the first `wanted` bytes,
         // so only the rest that the rows may read is cleared (all of it when
         // rows are not apart), as on the plain path.
         if (fastLzwStrip8(call, wanted, bytes, firstRow, rows)) {
-            const uint64_t reach = rowsApart ? std::min<uint64_t>(bytes, rowsReach(rows, rowBytes, L.bytesPerSample))
-                                             : bytes;
+            const uint64_t reach =
+                rowsApart ? std::min<uint64_t>(bytes, rowsReach(rows, rowBytes, L.bytesPerSample)) : bytes;
             if (reach > wanted)
                 std::memset(scratch + wanted, 0, size_t(reach - wanted));
             if (shortDecode(decodeLzwChunk(state, scratch, int(wanted), call.path), wanted))
@@ -60,8 +64,8 @@ unsigned int lzwIntegerStrips(Call& call, unsigned char* scratch, uint32_t bytes
         }
         // Only the bytes that the shown rows read are kept (all of them when
         // rows are not apart); those past the decoded data read as zeros.
-        const uint32_t reach = rowsApart ? uint32_t(std::min<uint64_t>(bytes, rowsReach(shown, rowBytes, L.bytesPerSample)))
-                                         : bytes;
+        const uint32_t reach =
+            rowsApart ? uint32_t(std::min<uint64_t>(bytes, rowsReach(shown, rowBytes, L.bytesPerSample))) : bytes;
         const uint32_t keep = std::min(wanted, reach);
         std::memset(scratch + keep, 0, reach - keep);
         if (shortDecode(lzwDecodePrefix(&state, scratch, int(wanted), int(keep)), wanted))
@@ -105,7 +109,8 @@ unsigned int lzwFloatStrips(Call& call, unsigned char* scratch, uint32_t bytes)
         if (startChunkLZW(state, call.file, h.stripOffsets[s]) < 0)
             return vkStatusUnsupported;
         // Neither zero-filled nor checked against the strip's byte count.
-        const uint32_t wanted = floatSampleBytes * spp * h.imageWidth * stripRowsAsked(h.rowsPerStrip, h.imageLength, firstRow);
+        const uint32_t wanted =
+            floatSampleBytes * spp * h.imageWidth * stripRowsAsked(h.rowsPerStrip, h.imageLength, firstRow);
         const uint32_t rows = stripRowsInImage(h.rowsPerStrip, h.imageLength, firstRow);
         const uint32_t shown = columns == 0 ? 0 : rowsShown(v, firstRow, rows);
         const bool readLater = columns != 0 && wrapAhead(firstRow, h.rowsPerStrip, h.stripCount - 1 - s);
@@ -139,16 +144,14 @@ unsigned int decode8::lzwTo8(Call& call, unsigned char*& scratch)
                            lzwHeadroomInteger8, bytes))
         return vkStatusNoMemory;
     // Not zeroed here: every strip zero-fills the whole scratch before decoding.
-    return withScratch(scratch, bytes, false,
-                       [&](unsigned char* data) { return lzwIntegerStrips(call, data, bytes); });
+    return withScratch(scratch, bytes, false, [&](unsigned char* data) { return lzwIntegerStrips(call, data, bytes); });
 }
 
 unsigned int decode8::lzwFloatTo8(Call& call, unsigned char*& scratch)
 {
     const TiffHeader& h = call.header;
     uint32_t bytes = 0;
-    if (!chunkScratchBytes(h.imageWidth, h.rowsPerStrip, floatSampleBytes, h.samplesPerPixel, lzwHeadroom,
-                           bytes))
+    if (!chunkScratchBytes(h.imageWidth, h.rowsPerStrip, floatSampleBytes, h.samplesPerPixel, lzwHeadroom, bytes))
         return vkStatusNoMemory;
     // Zeroed by lzwFloatStrips as far as pixels read it.
     return withScratch(scratch, bytes, false, [&](unsigned char* data) { return lzwFloatStrips(call, data, bytes); });
@@ -167,9 +170,9 @@ unsigned int lzwTo16(FileBuffer& fb, Target16& target, const TiffHeader& h, cons
     // the rows that start below `cut` are all the shown pixels need (with no
     // samples at all every pass works on the same four units: all rows).
     const uint64_t rowBytes = uint64_t(l.width) * l.samples * 2;
-    const uint32_t predictorRows =
-        l.samples == 0 || rowBytes == 0 ? l.rowsPerStrip
-                                        : uint32_t(std::min<uint64_t>(l.rowsPerStrip, (cut + rowBytes - 1) / rowBytes));
+    const uint32_t predictorRows = l.samples == 0 || rowBytes == 0
+                                       ? l.rowsPerStrip
+                                       : uint32_t(std::min<uint64_t>(l.rowsPerStrip, (cut + rowBytes - 1) / rowBytes));
     const uint32_t touched = uint32_t(std::min<uint64_t>(bytes, predictorRows * rowBytes + 8));
     // The pixel stride and channel steps are byte counts applied to 16-bit
     // units, so pixels are read at twice their spacing and two samples apart;
@@ -201,8 +204,7 @@ unsigned int lzwTo16(FileBuffer& fb, Target16& target, const TiffHeader& h, cons
 // Float strips into 16-bit or float targets, the channels set by the float
 // rule of the target's depth; px starts as the target's start pixel.
 template <class Target>
-unsigned int lzwFloatToWide(FileBuffer& fb, Target& target, const TiffHeader& h, const StripLayout& l,
-                            DecodePath path)
+unsigned int lzwFloatToWide(FileBuffer& fb, Target& target, const TiffHeader& h, const StripLayout& l, DecodePath path)
 {
     auto px = wide::startPixel(target);
     using Pixel = decltype(px);
@@ -221,9 +223,9 @@ unsigned int lzwFloatToWide(FileBuffer& fb, Target& target, const TiffHeader& h,
     };
     return wide::decodeLZWStrips(
         fb, h, l,
-        wide::LzwStripPlan{bytes, 4 * l.samples, vkStatusCorruptData, v, wide::shownReach(l, v, l.samples, 3, 4, bytes), 0},
-        path,
-        [](unsigned char*) {},
+        wide::LzwStripPlan{bytes, 4 * l.samples, vkStatusCorruptData, v, wide::shownReach(l, v, l.samples, 3, 4, bytes),
+                           0},
+        path, [](unsigned char*) {},
         [&](const unsigned char* scratch, uint32_t pixel, uint32_t x, uint32_t y) {
             fetch(scratch, pixel, px);
             wide::writePixel(target, x, y, px);
@@ -234,11 +236,11 @@ unsigned int lzwFloatToWide(FileBuffer& fb, Target& target, const TiffHeader& h,
                 if (l.samples >= 3) {
                     // A whole strip fits the scratch, so pixel × samples does not wrap here.
                     const uint32_t stride = wide::floatBytes * l.samples;
-                    wide::storeStripRows(target, l, y0, rows, px, fetchRow, [&](uint32_t first, _Rgba16* out,
-                                                                                _Rgba16& carried) {
-                        wide::narrowFloatRow(scratch + size_t(first) * stride, l.width, stride, l.alpha, false, out,
-                                             carried);
-                    });
+                    wide::storeStripRows(target, l, y0, rows, px, fetchRow,
+                                         [&](uint32_t first, _Rgba16* out, _Rgba16& carried) {
+                                             wide::narrowFloatRow(scratch + size_t(first) * stride, l.width, stride,
+                                                                  l.alpha, false, out, carried);
+                                         });
                     return;
                 }
             }

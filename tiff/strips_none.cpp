@@ -3,9 +3,9 @@
 
 #include <type_traits>
 
+#include "tiff/narrow_rows_fast.h"
 #include "tiff/rows8_fast.h"
 #include "tiff/rows8_stream_fast.h"
-#include "tiff/narrow_rows_fast.h"
 #include "tiff/strip_loops_wide_fast.h"
 
 using namespace decode8;
@@ -168,8 +168,7 @@ unsigned int noneTo16(FileBuffer& fb, Target16& target, const TiffHeader& h, con
 // rule of the target's depth; px starts as the target's start pixel. Samples
 // are read as 32-bit floats whatever the bits per sample say.
 template <class Target>
-unsigned int noneFloatToWide(FileBuffer& fb, Target& target, const TiffHeader& h, const StripLayout& l,
-                             DecodePath path)
+unsigned int noneFloatToWide(FileBuffer& fb, Target& target, const TiffHeader& h, const StripLayout& l, DecodePath path)
 {
     auto px = wide::startPixel(target);
     using Pixel = decltype(px);

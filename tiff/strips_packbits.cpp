@@ -3,8 +3,8 @@
 
 #include <cstring>
 
-#include "tiff/rows8_fast.h"
 #include "tiff/packbits.h"
+#include "tiff/rows8_fast.h"
 #include "tiff/strips_packbits_fast.h"
 
 namespace decode8 {
@@ -22,7 +22,8 @@ public:
         : call_(call), firstRow_(firstRow),
           rowSamples_(call.header.imageWidth * call.header.samplesPerPixel), // 32-bit, wrapping
           noWrap_(indicesStayBelow4G(call.header, firstRow))
-    {}
+    {
+    }
 
     void place(unsigned char v)
     {
@@ -39,10 +40,7 @@ public:
     }
 
     // Asked between packets only: a packet may run on into the next rows.
-    bool done() const
-    {
-        return firstRow_ + row_ >= call_.header.imageLength || row_ >= call_.header.rowsPerStrip;
-    }
+    bool done() const { return firstRow_ + row_ >= call_.header.imageLength || row_ >= call_.header.rowsPerStrip; }
 
     // Moves the counters on as `places` calls of place would.
     void advance(uint32_t places)
@@ -146,10 +144,9 @@ unsigned int packBitsTo16(FileBuffer& fb, Target16& target, const TiffHeader& h,
         return packBitsTo16Fast(fb, target, h, l);
     unsigned char sample[2] = {0, 0};
     // Byte pairs are taken high byte first in either file byte order.
-    return wide::decodePackBitsStrips(fb, h, l, target.capacity, sample,
-                                      [&](uint32_t index, const unsigned char* s) {
-                                          target.writeShort(index, (unsigned short)(s[0] << 8 | s[1]));
-                                      });
+    return wide::decodePackBitsStrips(fb, h, l, target.capacity, sample, [&](uint32_t index, const unsigned char* s) {
+        target.writeShort(index, (unsigned short)(s[0] << 8 | s[1]));
+    });
 }
 
 // Four bytes make one float in memory order, no swap for either byte order;

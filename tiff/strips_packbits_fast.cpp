@@ -6,8 +6,8 @@
 #include <emmintrin.h>
 #endif
 
-#include "tiff/simd_sse2.h"
 #include "tiff/rows8_fast.h"
+#include "tiff/simd_sse2.h"
 #include "tiff/strips_packbits_fast.h"
 
 namespace decode8 {
@@ -81,10 +81,10 @@ public:
     FastStripSink(Call& call, uint32_t firstRow)
         : target_(call.target), width_(call.header.imageWidth), length_(call.header.imageLength),
           rowsPerStrip_(call.header.rowsPerStrip), firstRow_(firstRow),
-          rowSamples_(call.header.imageWidth * call.header.samplesPerPixel),
-          perPixel_(call.layout.alpha ? 4 : 3),
+          rowSamples_(call.header.imageWidth * call.header.samplesPerPixel), perPixel_(call.layout.alpha ? 4 : 3),
           limit_(target_.pixels == nullptr ? 0 : uint64_t(target_.capacity) * 4)
-    {}
+    {
+    }
 
     void place(unsigned char v)
     {
@@ -267,8 +267,8 @@ using wide::StripLayout;
 // perPixel of pixel c ÷ perPixel, counted incrementally. The precondition
 // rules out any wrap of the 32-bit index, so it is formed in 64 bits here.
 template <size_t N, class Store>
-unsigned int packBitsWideStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, const StripLayout& l,
-                                uint32_t capacity, unsigned char (&sample)[N], Store&& store)
+unsigned int packBitsWideStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, const StripLayout& l, uint32_t capacity,
+                                unsigned char (&sample)[N], Store&& store)
 {
     const uint32_t perPixel = l.alpha ? 4 : 3;
     const uint32_t rowSamples = l.width * l.samples;
@@ -404,8 +404,7 @@ unsigned int packBitsTo16Fast(vkP::_imgFileBuffer& fb, vkP::_imgRGBABuffer16& ta
 }
 
 template <class Target>
-unsigned int packBitsFloatToWideFast(vkP::_imgFileBuffer& fb, Target& target, const TiffHeader& h,
-                                     const StripLayout& l)
+unsigned int packBitsFloatToWideFast(vkP::_imgFileBuffer& fb, Target& target, const TiffHeader& h, const StripLayout& l)
 {
     const float one = 1.0f;
     unsigned char sample[4];

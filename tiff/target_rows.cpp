@@ -10,8 +10,7 @@ bool runInTarget(const vkP::_imgRGBABuffer_all& target, uint64_t left, uint64_t 
            y * target.width + left + count <= target.capacity;
 }
 
-bool blockInTarget(const vkP::_imgRGBABuffer_all& target, uint64_t left, uint64_t top, uint64_t count,
-                   uint64_t rows)
+bool blockInTarget(const vkP::_imgRGBABuffer_all& target, uint64_t left, uint64_t top, uint64_t count, uint64_t rows)
 {
     return rows >= 1 && runInTarget(target, left, top + rows - 1, count);
 }

@@ -14,8 +14,7 @@ bool runInTarget(const vkP::_imgRGBABuffer_all& target, uint64_t left, uint64_t 
 // runInTarget for every row of a block of rows top .. top + rows - 1. Pixels
 // of such a block never share an index, so the order in which they are
 // stored does not matter.
-bool blockInTarget(const vkP::_imgRGBABuffer_all& target, uint64_t left, uint64_t top, uint64_t count,
-                   uint64_t rows);
+bool blockInTarget(const vkP::_imgRGBABuffer_all& target, uint64_t left, uint64_t top, uint64_t count, uint64_t rows);
 
 // Pixel (left, y) of a buffer whose records are P; only for runs in the target.
 template <class P>

@@ -1,8 +1,8 @@
 // tiff_header.h - the parsed first image directory that imgLoadHeader leaves in host storage
 #pragma once
 
-constexpr int maxDirEntries = 40;  // fixed capacity of TiffHeader::entries
-constexpr int maxStrips = 10000;   // fixed capacity of the strip/tile offset and byte-count arrays
+constexpr int maxDirEntries = 40; // fixed capacity of TiffHeader::entries
+constexpr int maxStrips = 10000;  // fixed capacity of the strip/tile offset and byte-count arrays
 
 // One directory entry as the file holds it.
 struct TiffDirEntry {
@@ -15,7 +15,7 @@ struct TiffDirEntry {
 // Plain record without pointers; the host owns its storage and keeps it from
 // imgLoadHeader to the decode call. Valid for decoding only after status 1.
 struct TiffHeader {
-    unsigned char bigEndian;   // 1 for "MM"
+    unsigned char bigEndian; // 1 for "MM"
     unsigned short version;
     unsigned int ifdOffset;
     unsigned short entryCount;
@@ -40,7 +40,7 @@ struct TiffHeader {
     unsigned int tileByteCountsField;
     unsigned int tilesAcross;
     unsigned int tilesDown;
-    unsigned int tileCount;                  // 0 for strips
+    unsigned int tileCount; // 0 for strips
     unsigned int planarConfiguration;
 };
 

@@ -1,10 +1,10 @@
 // tiles.cpp - uncompressed and LZW tiles of 8- or 16-bit samples into 8-bit RGBA targets
 #include <cstring>
 
-#include "tiff/strip_paths.h"
-#include "tiff/rows8_fast.h"
 #include "tiff/lzw_chunk.h"
+#include "tiff/rows8_fast.h"
 #include "tiff/rows8_stream_fast.h"
+#include "tiff/strip_paths.h"
 
 using namespace decode8;
 
@@ -54,7 +54,8 @@ TileExtent tileExtent(const TiffHeader& h, const Tile& tile)
 // The part of a tile's extent that the target shows: leading columns and rows.
 TileExtent tileShown(const Visible& v, const Tile& tile, const TileExtent& e)
 {
-    const uint32_t columns = tile.left >= v.columns ? 0 : uint32_t(std::min<uint64_t>(e.columns, v.columns - tile.left));
+    const uint32_t columns =
+        tile.left >= v.columns ? 0 : uint32_t(std::min<uint64_t>(e.columns, v.columns - tile.left));
     const uint32_t rows = tile.top >= v.rows ? 0 : uint32_t(std::min<uint64_t>(e.rows, v.rows - tile.top));
     return columns == 0 || rows == 0 ? TileExtent{0, 0} : TileExtent{columns, rows};
 }
@@ -143,9 +144,10 @@ unsigned int uncompressedTiles(Call& call)
         const uint32_t step = L.bytesPerSample;
         const auto channel = [&](unsigned char& value, uint32_t at) {
             uint32_t i = 0, j = 0;
-            if (lastReadableInBlock(call.file, offset + at + L.highByte, L.bytesPerPixel, rowStride, 1, shown.columns, e,
-                                    i, j))
-                call.file.readUint8P(value, filePosition(offset + (j * h.tileWidth + i) * L.bytesPerPixel + L.highByte + at));
+            if (lastReadableInBlock(call.file, offset + at + L.highByte, L.bytesPerPixel, rowStride, 1, shown.columns,
+                                    e, i, j))
+                call.file.readUint8P(value,
+                                     filePosition(offset + (j * h.tileWidth + i) * L.bytesPerPixel + L.highByte + at));
         };
         if (L.alpha)
             channel(call.pixel.a, 3 * step);

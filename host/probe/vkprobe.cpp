@@ -1,5 +1,5 @@
-// vkprobe.cpp - smallest host: loads the plug-in by path, prints status, text and pixel hashes for every file of a folder
-// Usage: vkprobe LIBRARY DIR
+// vkprobe.cpp - smallest host: loads the plug-in by path, prints status, text and pixel hashes for every file of a
+// folder Usage: vkprobe LIBRARY DIR
 //
 // Built apart from the library (host/probe/CMakeLists.txt) with the shared
 // code compiled in, as a viewer carries it; the plug-in is reached only
@@ -33,15 +33,28 @@ namespace {
 
 // The platform shim: the only lines that differ between Windows and Linux.
 #ifdef _WIN32
-void plainLineEnds() { _setmode(_fileno(stdout), _O_BINARY); }
-void* openLibrary(const char* path) { return reinterpret_cast<void*>(LoadLibraryA(path)); }
-void* entry(void* library, const char* name) {
+void plainLineEnds()
+{
+    _setmode(_fileno(stdout), _O_BINARY);
+}
+void* openLibrary(const char* path)
+{
+    return reinterpret_cast<void*>(LoadLibraryA(path));
+}
+void* entry(void* library, const char* name)
+{
     return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(library), name));
 }
 #else
 void plainLineEnds() {}
-void* openLibrary(const char* path) { return dlopen(path, RTLD_NOW | RTLD_LOCAL); }
-void* entry(void* library, const char* name) { return dlsym(library, name); }
+void* openLibrary(const char* path)
+{
+    return dlopen(path, RTLD_NOW | RTLD_LOCAL);
+}
+void* entry(void* library, const char* name)
+{
+    return dlsym(library, name);
+}
 #endif
 
 struct Entries {
@@ -53,14 +66,17 @@ struct Entries {
 };
 
 template <class Function>
-bool find(void* library, const char* name, Function& out) {
+bool find(void* library, const char* name, Function& out)
+{
     out = reinterpret_cast<Function>(entry(library, name));
-    if (out == nullptr) std::printf("no entry point %s\n", name);
+    if (out == nullptr)
+        std::printf("no entry point %s\n", name);
     return out != nullptr;
 }
 
 template <int N>
-std::string text(const _vkString<N>& s) {
+std::string text(const _vkString<N>& s)
+{
     std::string out;
     for (int i = 0; i < s.length && i < N; ++i) {
         const unsigned short c = s.text[i];
@@ -76,10 +92,12 @@ std::string text(const _vkString<N>& s) {
 }
 
 // FNV-1a, 64-bit, over the decoded pixel records.
-unsigned long long hash(const vkP::_imgRGBABuffer_all& rgba) {
+unsigned long long hash(const vkP::_imgRGBABuffer_all& rgba)
+{
     unsigned long long h = 14695981039346656037ull;
     const unsigned long long bytes = 1ull * rgba.pixelCount * static_cast<unsigned int>(rgba.bytesPerPixel);
-    for (unsigned long long i = 0; i < bytes; ++i) h = (h ^ rgba.pixels[i]) * 1099511628211ull;
+    for (unsigned long long i = 0; i < bytes; ++i)
+        h = (h ^ rgba.pixels[i]) * 1099511628211ull;
     return h;
 }
 
@@ -90,7 +108,8 @@ struct File {
     std::unique_ptr<TiffHeader> tiff = std::make_unique<TiffHeader>();
 };
 
-unsigned int loadHeader(const Entries& e, const std::vector<char>& bytes, File& file) {
+unsigned int loadHeader(const Entries& e, const std::vector<char>& bytes, File& file)
+{
     const auto size = static_cast<unsigned int>(bytes.size());
     file.buffer = std::make_unique<vkP::_imgFileBuffer>(size);
     std::copy(bytes.begin(), bytes.end(), file.buffer->buffer);
@@ -103,10 +122,11 @@ unsigned int loadHeader(const Entries& e, const std::vector<char>& bytes, File& 
 // Decodes into a zeroed buffer of the image's size with a freshly parsed
 // header; prints the status and the hash of every pixel.
 template <class Buffer, class Record>
-void decode(const Entries& e, unsigned int (*entryPoint)(Record*), const char* name,
-            const std::vector<char>& bytes) {
+void decode(const Entries& e, unsigned int (*entryPoint)(Record*), const char* name, const std::vector<char>& bytes)
+{
     File file;
-    if (loadHeader(e, bytes, file) != vkStatusOk) return;
+    if (loadHeader(e, bytes, file) != vkStatusOk)
+        return;
     const unsigned int width = file.info->width;
     const unsigned int height = file.info->height;
     Buffer rgba(width * height);
@@ -121,7 +141,8 @@ void decode(const Entries& e, unsigned int (*entryPoint)(Record*), const char* n
 
 } // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv)
+{
     if (argc != 3) {
         std::fprintf(stderr, "usage: vkprobe LIBRARY DIR\n");
         return 2;
@@ -147,7 +168,8 @@ int main(int argc, char** argv) {
 
     std::vector<std::filesystem::path> files;
     for (const auto& item : std::filesystem::directory_iterator(argv[2]))
-        if (item.path().extension() == ".tif") files.push_back(item.path());
+        if (item.path().extension() == ".tif")
+            files.push_back(item.path());
     std::sort(files.begin(), files.end());
     for (const auto& path : files) {
         std::ifstream in(path, std::ios::binary);
@@ -157,10 +179,13 @@ int main(int argc, char** argv) {
         std::printf("%s: status %u, %u x %u, %u bits, alpha %u, \"%s\"\n", path.filename().string().c_str(), status,
                     file.info->width, file.info->height, file.info->bitsPerChannel, file.info->hasAlpha,
                     text(file.info->infoText).c_str());
-        if (status != vkStatusOk) continue;
+        if (status != vkStatusOk)
+            continue;
         decode<vkP::_imgRGBABuffer8>(e, e.decode8, "imgDecode8", bytes);
-        if (file.info->bitsPerChannel != 8) decode<vkP::_imgRGBABuffer16>(e, e.decode16, "imgDecode16", bytes);
-        if (file.info->bitsPerChannel == 32) decode<vkP::_imgRGBABufferf>(e, e.decodef, "imgDecodef", bytes);
+        if (file.info->bitsPerChannel != 8)
+            decode<vkP::_imgRGBABuffer16>(e, e.decode16, "imgDecode16", bytes);
+        if (file.info->bitsPerChannel == 32)
+            decode<vkP::_imgRGBABufferf>(e, e.decodef, "imgDecodef", bytes);
     }
     return 0;
 }

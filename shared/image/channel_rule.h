@@ -21,9 +21,15 @@ inline float unitClamped(float v)
     return c < 1.0f ? c : 1.0f;
 }
 
-inline uint8_t channel8(float v) { return static_cast<uint8_t>(unitClamped(v) * channelScale8); }
+inline uint8_t channel8(float v)
+{
+    return static_cast<uint8_t>(unitClamped(v) * channelScale8);
+}
 
-inline uint16_t channel16(float v) { return static_cast<uint16_t>(unitClamped(v) * channelScale16); }
+inline uint16_t channel16(float v)
+{
+    return static_cast<uint16_t>(unitClamped(v) * channelScale16);
+}
 
 #if defined(__SSE2__)
 // The same on four floats, as 32-bit integers 0 .. scale. max(v, 0) gives 0

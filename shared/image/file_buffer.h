@@ -12,12 +12,12 @@ namespace vkP {
 // when that argument differs from dataBigEndian.
 class VK_API _imgFileBuffer {
 public:
-    unsigned char* buffer;  // owned, bufferSize + 4 bytes (readUint24 loads 4)
-    long long bufferSize;   // capacity; 0 if the allocation failed
-    long long sizeLoaded;   // bytes that reads may reach
-    long long fileSize;     // size of the file, or end of written data
-    long long bufPosition;  // read/write position
-    bool dataBigEndian;     // byte order of the data held
+    unsigned char* buffer; // owned, bufferSize + 4 bytes (readUint24 loads 4)
+    long long bufferSize;  // capacity; 0 if the allocation failed
+    long long sizeLoaded;  // bytes that reads may reach
+    long long fileSize;    // size of the file, or end of written data
+    long long bufPosition; // read/write position
+    bool dataBigEndian;    // byte order of the data held
 
     explicit _imgFileBuffer(unsigned int size);
     ~_imgFileBuffer();
@@ -81,7 +81,8 @@ static_assert(offsetof(_imgFileBuffer, sizeLoaded) == 16, "file buffer layout, W
 static_assert(offsetof(_imgFileBuffer, fileSize) == 24, "file buffer layout, Windows i686 and x86-64");
 static_assert(offsetof(_imgFileBuffer, bufPosition) == 32, "file buffer layout, Windows i686 and x86-64");
 static_assert(offsetof(_imgFileBuffer, dataBigEndian) == 40, "file buffer layout, Windows i686 and x86-64");
-static_assert(sizeof(_imgFileBuffer) == 48 && alignof(_imgFileBuffer) == 8, "file buffer layout, Windows i686 and x86-64");
+static_assert(sizeof(_imgFileBuffer) == 48 && alignof(_imgFileBuffer) == 8,
+              "file buffer layout, Windows i686 and x86-64");
 #endif
 
 } // namespace vkP

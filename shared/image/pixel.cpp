@@ -22,7 +22,6 @@ const float swGradient[8][3] = {
 
 namespace {
 
-
 // Over-range display: up to this maximum channel value the colour fades to white.
 constexpr float fadeEnd = 1.25f;
 // Gradient steps per unit of over-range value; the cycle spans 7 steps.
@@ -30,18 +29,19 @@ constexpr float cycleStepsPerUnit = 4.0f;
 constexpr double cycleSteps = 7.0;
 constexpr int lastGradientStart = 6;
 
-
 // Works on the float in memory: a float passed through a return value may
 // travel through an x87 register on 32-bit x86, which would quiet a signalling
 // NaN pattern and so change the bytes.
-void reverseBytes(float& v) {
+void reverseBytes(float& v)
+{
     uint32_t bits;
     std::memcpy(&bits, &v, sizeof bits);
     bits = __builtin_bswap32(bits);
     std::memcpy(&v, &bits, sizeof v);
 }
 
-float swappedIf(float v, bool swap) {
+float swappedIf(float v, bool swap)
+{
     if (swap) {
         reverseBytes(v);
     }
@@ -49,30 +49,81 @@ float swappedIf(float v, bool swap) {
 }
 
 // A NaN channel counts as 0 when looking for the brightest one.
-float nanAsZero(float v) { return std::isnan(v) ? 0.0f : v; }
+float nanAsZero(float v)
+{
+    return std::isnan(v) ? 0.0f : v;
+}
 
 } // namespace
 
-void _Rgba8::fromFloatR(const float& v) { r = channel8(v); }
-void _Rgba8::fromFloatG(const float& v) { g = channel8(v); }
-void _Rgba8::fromFloatB(const float& v) { b = channel8(v); }
-void _Rgba8::fromFloatA(const float& v) { a = channel8(v); }
-void _Rgba8::fromFloatR(float v, const bool& swap) { r = channel8(swappedIf(v, swap)); }
-void _Rgba8::fromFloatG(float v, const bool& swap) { g = channel8(swappedIf(v, swap)); }
-void _Rgba8::fromFloatB(float v, const bool& swap) { b = channel8(swappedIf(v, swap)); }
-void _Rgba8::fromFloatA(float v, const bool& swap) { a = channel8(swappedIf(v, swap)); }
+void _Rgba8::fromFloatR(const float& v)
+{
+    r = channel8(v);
+}
+void _Rgba8::fromFloatG(const float& v)
+{
+    g = channel8(v);
+}
+void _Rgba8::fromFloatB(const float& v)
+{
+    b = channel8(v);
+}
+void _Rgba8::fromFloatA(const float& v)
+{
+    a = channel8(v);
+}
+void _Rgba8::fromFloatR(float v, const bool& swap)
+{
+    r = channel8(swappedIf(v, swap));
+}
+void _Rgba8::fromFloatG(float v, const bool& swap)
+{
+    g = channel8(swappedIf(v, swap));
+}
+void _Rgba8::fromFloatB(float v, const bool& swap)
+{
+    b = channel8(swappedIf(v, swap));
+}
+void _Rgba8::fromFloatA(float v, const bool& swap)
+{
+    a = channel8(swappedIf(v, swap));
+}
 
-void _Rgba16::fromFloatR(const float& v) { r = channel16(v); }
-void _Rgba16::fromFloatG(const float& v) { g = channel16(v); }
-void _Rgba16::fromFloatB(const float& v) { b = channel16(v); }
-void _Rgba16::fromFloatA(const float& v) { a = channel16(v); }
-void _Rgba16::fromFloatR(float v, const bool& swap) { r = channel16(swappedIf(v, swap)); }
-void _Rgba16::fromFloatG(float v, const bool& swap) { g = channel16(swappedIf(v, swap)); }
-void _Rgba16::fromFloatB(float v, const bool& swap) { b = channel16(swappedIf(v, swap)); }
-void _Rgba16::fromFloatA(float v, const bool& swap) { a = channel16(swappedIf(v, swap)); }
+void _Rgba16::fromFloatR(const float& v)
+{
+    r = channel16(v);
+}
+void _Rgba16::fromFloatG(const float& v)
+{
+    g = channel16(v);
+}
+void _Rgba16::fromFloatB(const float& v)
+{
+    b = channel16(v);
+}
+void _Rgba16::fromFloatA(const float& v)
+{
+    a = channel16(v);
+}
+void _Rgba16::fromFloatR(float v, const bool& swap)
+{
+    r = channel16(swappedIf(v, swap));
+}
+void _Rgba16::fromFloatG(float v, const bool& swap)
+{
+    g = channel16(swappedIf(v, swap));
+}
+void _Rgba16::fromFloatB(float v, const bool& swap)
+{
+    b = channel16(swappedIf(v, swap));
+}
+void _Rgba16::fromFloatA(float v, const bool& swap)
+{
+    a = channel16(swappedIf(v, swap));
+}
 
-void _Rgba8::fromFloatRGBA_sw(const float& rIn, const float& gIn, const float& bIn, const float& aIn,
-                              const bool& sw) {
+void _Rgba8::fromFloatRGBA_sw(const float& rIn, const float& gIn, const float& bIn, const float& aIn, const bool& sw)
+{
     a = channel8(aIn);
     const float m = std::fmax(std::fmax(nanAsZero(rIn), nanAsZero(gIn)), nanAsZero(bIn));
     if (!sw || m <= 1.0f) {
@@ -113,7 +164,8 @@ void _Rgba8::fromFloatRGBA_sw(const float& rIn, const float& gIn, const float& b
     b = channel8(keep * swGradient[lo][2] + frac * swGradient[hi][2]);
 }
 
-void _Rgbaf::swapBytes() {
+void _Rgbaf::swapBytes()
+{
     reverseBytes(r);
     reverseBytes(g);
     reverseBytes(b);

@@ -11,16 +11,16 @@ namespace vkP {
 // Out-of-range writes are dropped; out-of-range reads return a default.
 class VK_API _imgRGBABuffer_all {
 public:
-    unsigned char alpha;           // non-zero: decoders read and write alpha
-    _imgHeaderInfo headerInfo;     // description travelling with the picture
-    int headerTag;                 // host-defined, -1 at construction
-    unsigned char status;          // host-defined, 0 at construction and after clear
-    signed char bytesPerPixel;     // 4, 8 or 16
-    unsigned int capacity;         // pixels for which storage exists
+    unsigned char alpha;       // non-zero: decoders read and write alpha
+    _imgHeaderInfo headerInfo; // description travelling with the picture
+    int headerTag;             // host-defined, -1 at construction
+    unsigned char status;      // host-defined, 0 at construction and after clear
+    signed char bytesPerPixel; // 4, 8 or 16
+    unsigned int capacity;     // pixels for which storage exists
     unsigned int width;
     unsigned int height;
-    unsigned int pixelCount;       // width * height
-    unsigned char* pixels;         // first pixel record
+    unsigned int pixelCount; // width * height
+    unsigned char* pixels;   // first pixel record
 
     _imgRGBABuffer_all(const unsigned int& width, const unsigned int& height, const signed char& bytesPerPixel);
     _imgRGBABuffer_all(const unsigned int& capacity, const signed char& bytesPerPixel);

@@ -20,7 +20,8 @@ constexpr int channelsPerPixel = 4;
 // Allocates count records without throwing; null when the byte size does not
 // fit maxStorageBytes or memory is short.
 template <class T>
-T* allocateRecords(uint64_t count) {
+T* allocateRecords(uint64_t count)
+{
     if (count > maxStorageBytes / sizeof(T)) {
         return nullptr;
     }
@@ -28,7 +29,8 @@ T* allocateRecords(uint64_t count) {
 }
 
 // A buffer whose storage could not be had holds no picture at all.
-inline void markAllocationFailed(_imgRGBABuffer_all& buf) {
+inline void markAllocationFailed(_imgRGBABuffer_all& buf)
+{
     buf.capacity = 0;
     buf.width = 0;
     buf.height = 0;
@@ -45,7 +47,8 @@ struct Access {
     // Index form: compared with capacity as signed integers. A negative index
     // passes that comparison; only -1 of a buffer with a spare pixel reaches
     // storage, any other is dropped.
-    static bool indexOk(const _imgRGBABuffer_all& buf, int i) {
+    static bool indexOk(const _imgRGBABuffer_all& buf, int i)
+    {
         if (i >= static_cast<int>(buf.capacity)) {
             return false;
         }
@@ -57,7 +60,8 @@ struct Access {
 
     // x/y form of writes: 0 <= x < width, 0 <= y < height, then the element
     // index (32-bit, wrapping) below capacity.
-    static bool xyIndex(const _imgRGBABuffer_all& buf, int x, int y, uint32_t& i) {
+    static bool xyIndex(const _imgRGBABuffer_all& buf, int x, int y, uint32_t& i)
+    {
         if (x < 0 || x >= static_cast<int>(buf.width) || y < 0 || y >= static_cast<int>(buf.height)) {
             return false;
         }
@@ -67,7 +71,8 @@ struct Access {
 
     // x/y form of reads: negative x or y are not rejected up front; the
     // unsigned index check alone keeps the read inside the pixels.
-    static bool readXyIndex(const _imgRGBABuffer_all& buf, int x, int y, uint32_t& i) {
+    static bool readXyIndex(const _imgRGBABuffer_all& buf, int x, int y, uint32_t& i)
+    {
         if (x >= static_cast<int>(buf.width) || y >= static_cast<int>(buf.height)) {
             return false;
         }
@@ -76,17 +81,28 @@ struct Access {
     }
 
     template <class C>
-    static void setChannel(P& p, const C& v, _vkChannel c) {
+    static void setChannel(P& p, const C& v, _vkChannel c)
+    {
         switch (c) {
-        case vkRed: p.r = v; break;
-        case vkGreen: p.g = v; break;
-        case vkBlue: p.b = v; break;
-        case vkAlpha: p.a = v; break;
-        default: break; // any other selector writes nothing
+        case vkRed:
+            p.r = v;
+            break;
+        case vkGreen:
+            p.g = v;
+            break;
+        case vkBlue:
+            p.b = v;
+            break;
+        case vkAlpha:
+            p.a = v;
+            break;
+        default:
+            break; // any other selector writes nothing
         }
     }
 
-    static void clear(_imgRGBABuffer_all& buf) {
+    static void clear(_imgRGBABuffer_all& buf)
+    {
         if (buf.pixels != nullptr) {
             std::memset(buf.pixels, 0x60, sizeof(P) * static_cast<size_t>(buf.capacity));
         }
@@ -97,19 +113,22 @@ struct Access {
     // pixel * capacity, which for 16-bit and float channels admits more
     // channels than are stored; the storage holds four channels per pixel.
     template <class C>
-    static void writeChannel(_imgRGBABuffer_all& buf, uint32_t i, C v) {
+    static void writeChannel(_imgRGBABuffer_all& buf, uint32_t i, C v)
+    {
         if (buf.pixels != nullptr && uint64_t(i) < uint64_t(channelsPerPixel) * buf.capacity) {
             std::memcpy(buf.pixels + uint64_t(i) * sizeof(C), &v, sizeof(C));
         }
     }
 
-    static void writeIndex(_imgRGBABuffer_all& buf, int i, const P& p) {
+    static void writeIndex(_imgRGBABuffer_all& buf, int i, const P& p)
+    {
         if (indexOk(buf, i)) {
             *at(buf, i) = p;
         }
     }
 
-    static void writeXy(_imgRGBABuffer_all& buf, int x, int y, const P& p) {
+    static void writeXy(_imgRGBABuffer_all& buf, int x, int y, const P& p)
+    {
         uint32_t i;
         if (xyIndex(buf, x, y, i)) {
             *at(buf, i) = p;
@@ -117,7 +136,8 @@ struct Access {
     }
 
     template <class C>
-    static void writeXyChannel(_imgRGBABuffer_all& buf, int x, int y, const C& v, _vkChannel c) {
+    static void writeXyChannel(_imgRGBABuffer_all& buf, int x, int y, const C& v, _vkChannel c)
+    {
         uint32_t i;
         if (xyIndex(buf, x, y, i)) {
             setChannel(*at(buf, i), v, c);
@@ -127,7 +147,8 @@ struct Access {
     // Copies n whole pixels to pixel i onward. When the run reaches the end the
     // count is cut to capacity - i - 1: the last pixel that would still fit is
     // dropped too, a bound hosts have always seen and may depend on.
-    static void writeMulti(_imgRGBABuffer_all& buf, int i, const char* src, int n) {
+    static void writeMulti(_imgRGBABuffer_all& buf, int i, const char* src, int n)
+    {
         const int64_t cap = static_cast<int>(buf.capacity);
         if (i >= cap) {
             return;
@@ -142,7 +163,8 @@ struct Access {
         std::memcpy(at(buf, i), src, static_cast<size_t>(count) * sizeof(P));
     }
 
-    static void writeMultiXy(_imgRGBABuffer_all& buf, int x, int y, const char* src, int n) {
+    static void writeMultiXy(_imgRGBABuffer_all& buf, int x, int y, const char* src, int n)
+    {
         uint32_t i;
         if (xyIndex(buf, x, y, i)) {
             writeMulti(buf, static_cast<int>(i), src, n);
@@ -156,7 +178,8 @@ struct Access {
     // A cut divides only when the product it corrects is non-zero, so its
     // divisor (dest's height, then its width) is never zero.
     template <class Buffer>
-    static bool copyTo(const Buffer& src, Buffer& dest, bool copyPixels) {
+    static bool copyTo(const Buffer& src, Buffer& dest, bool copyPixels)
+    {
         if (dest.capacity < src.pixelCount) {
             return false;
         }
@@ -185,7 +208,8 @@ struct Access {
     }
 
     // Every field of the description; the text as its whole array plus length.
-    static void copyHeaderInfo(const _imgHeaderInfo& from, _imgHeaderInfo& to) {
+    static void copyHeaderInfo(const _imgHeaderInfo& from, _imgHeaderInfo& to)
+    {
         to.reserved[0] = from.reserved[0];
         to.reserved[1] = from.reserved[1];
         to.width = from.width;

@@ -1,4 +1,5 @@
-// vk_string.h - fixed-capacity strings that never allocate: 16-bit _vkString<N>, 8-bit _vkString8_evenSize<N> / _vkString8_UnevenSize<N>
+// vk_string.h - fixed-capacity strings that never allocate: 16-bit _vkString<N>, 8-bit _vkString8_evenSize<N> /
+// _vkString8_UnevenSize<N>
 #pragma once
 
 #include <cstddef>
@@ -13,8 +14,10 @@
 // Text that does not fit is cut at N without notice; nothing here throws except
 // the bounds-tested character access of operator=(const std::string&).
 
-template <int N> class VK_API _vkString8_evenSize;
-template <int N> class VK_API _vkString8_UnevenSize;
+template <int N>
+class VK_API _vkString8_evenSize;
+template <int N>
+class VK_API _vkString8_UnevenSize;
 
 // Number of units before the first 0 unit, at most vkCharLenLimit.
 constexpr int vkCharLenLimit = 1024;
@@ -152,8 +155,8 @@ VK_API _vkString<25> float2Str(float value, const int& digits, const unsigned sh
 class VK_API _vkStringList {
 public:
     int count;
-    _vkString<500>* items;          // exactly count elements; null when empty
-    mutable char charBuffer[501];   // scratch text returned by atAsChar
+    _vkString<500>* items;        // exactly count elements; null when empty
+    mutable char charBuffer[501]; // scratch text returned by atAsChar
 
     _vkStringList();
     ~_vkStringList();

@@ -1,4 +1,5 @@
-// vk_string8_even.cpp - _vkString8_evenSize<N>, 8-bit text with a pad byte before the length, for every exported even capacity
+// vk_string8_even.cpp - _vkString8_evenSize<N>, 8-bit text with a pad byte before the length, for every exported even
+// capacity
 #include "shared/string/vk_string.h"
 
 #include "shared/string/string_algo.h"

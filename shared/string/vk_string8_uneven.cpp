@@ -1,4 +1,5 @@
-// vk_string8_uneven.cpp - _vkString8_UnevenSize<N>, 8-bit text with the length right after the array, for every exported odd capacity
+// vk_string8_uneven.cpp - _vkString8_UnevenSize<N>, 8-bit text with the length right after the array, for every
+// exported odd capacity
 #include "shared/string/vk_string.h"
 
 #include "shared/string/string_algo.h"

@@ -12,7 +12,8 @@ namespace {
 using Element = _vkString<500>;
 
 // Element copies take the length and the N+1 units, as the list always did.
-void copyElement(Element& dst, const Element& src) {
+void copyElement(Element& dst, const Element& src)
+{
     std::memcpy(dst.text, src.text, sizeof dst.text);
     dst.length = src.length;
 }
@@ -20,7 +21,8 @@ void copyElement(Element& dst, const Element& src) {
 // atAsChar gives at most this many characters, one below the element capacity.
 constexpr int charTextLimit = 499;
 
-bool blockSizeFits(long long n) {
+bool blockSizeFits(long long n)
+{
     return n >= 0 && static_cast<unsigned long long>(n) <= SIZE_MAX / sizeof(Element);
 }
 
@@ -31,18 +33,22 @@ alignas(Element) const unsigned char emptyElement[sizeof(Element)] = {};
 
 } // namespace
 
-_vkStringList::_vkStringList() : count(0), items(nullptr) {
+_vkStringList::_vkStringList() : count(0), items(nullptr)
+{
     std::memset(charBuffer, 0, sizeof charBuffer);
 }
 
-_vkStringList::~_vkStringList() {
+_vkStringList::~_vkStringList()
+{
     std::free(items);
     items = nullptr;
 }
 
 // Failing to grow empties the list; no attempt is made to keep the old elements.
-void _vkStringList::append(const _vkString<500>& s, const bool& unique, const bool& caseSensitive) {
-    if (unique && find(s, caseSensitive) >= 0) return;
+void _vkStringList::append(const _vkString<500>& s, const bool& unique, const bool& caseSensitive)
+{
+    if (unique && find(s, caseSensitive) >= 0)
+        return;
     Element copy; // s may be an element of this list, moved by realloc
     copyElement(copy, s);
 
@@ -50,7 +56,8 @@ void _vkStringList::append(const _vkString<500>& s, const bool& unique, const bo
     void* block = nullptr;
     if (newCount <= INT_MAX && blockSizeFits(newCount)) {
         const std::size_t n = static_cast<std::size_t>(newCount);
-        block = items == nullptr ? std::calloc(n, sizeof(Element)) : std::realloc(static_cast<void*>(items), n * sizeof(Element));
+        block = items == nullptr ? std::calloc(n, sizeof(Element))
+                                 : std::realloc(static_cast<void*>(items), n * sizeof(Element));
     }
     if (block == nullptr) {
         std::free(items);
@@ -65,46 +72,58 @@ void _vkStringList::append(const _vkString<500>& s, const bool& unique, const bo
     last.reserved = 0;
 }
 
-int _vkStringList::find(const _vkString<500>& s, const bool& caseSensitive) {
-    if (items == nullptr) return -1;
+int _vkStringList::find(const _vkString<500>& s, const bool& caseSensitive)
+{
+    if (items == nullptr)
+        return -1;
     for (int i = 0; i < count; ++i)
-        if (caseSensitive ? items[i] == s : items[i].isEqual(s)) return i;
+        if (caseSensitive ? items[i] == s : items[i].isEqual(s))
+            return i;
     return -1;
 }
 
 // An index outside the list gives element 0, deliberately; callers test count first.
-_vkString<500>& _vkStringList::at(const int& i) const {
+_vkString<500>& _vkStringList::at(const int& i) const
+{
     if (count <= 0 || items == nullptr)
         return *reinterpret_cast<Element*>(const_cast<unsigned char*>(emptyElement));
     return items[i < 0 || i >= count ? 0 : i];
 }
 
-const char* _vkStringList::atAsChar(const int& i) const {
+const char* _vkStringList::atAsChar(const int& i) const
+{
     const Element& e = at(i);
     const int used = vkstr::used(e);
     const int n = used < charTextLimit ? used : charTextLimit;
-    for (int k = 0; k < n; ++k) charBuffer[k] = vkstr::LowByte()(e.text[k]);
+    for (int k = 0; k < n; ++k)
+        charBuffer[k] = vkstr::LowByte()(e.text[k]);
     charBuffer[n] = 0;
     return charBuffer;
 }
 
-void _vkStringList::copyFrom(const _vkStringList& other) {
-    if (&other == this) return;
+void _vkStringList::copyFrom(const _vkStringList& other)
+{
+    if (&other == this)
+        return;
     std::free(items);
     items = nullptr;
     count = 0;
-    if (other.count <= 0 || other.items == nullptr || !blockSizeFits(other.count)) return;
+    if (other.count <= 0 || other.items == nullptr || !blockSizeFits(other.count))
+        return;
     const std::size_t n = static_cast<std::size_t>(other.count);
     void* block = std::calloc(n, sizeof(Element));
-    if (block == nullptr) return;
+    if (block == nullptr)
+        return;
     std::memcpy(block, other.items, n * sizeof(Element));
     items = static_cast<Element*>(block);
     count = other.count;
 }
 
 // Bubble sort with the case-insensitive compare; equal strings keep their order.
-void _vkStringList::sort(const bool& descending) {
-    if (items == nullptr) return;
+void _vkStringList::sort(const bool& descending)
+{
+    if (items == nullptr)
+        return;
     Element held;
     for (int pass = 0; pass <= count - 2; ++pass) {
         for (int j = 0; j < count - 1 - pass; ++j) {

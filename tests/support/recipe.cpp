@@ -63,9 +63,16 @@ float floatValue(const std::string& pattern, uint32_t x, uint32_t y, uint32_t s)
         std::memcpy(&f, &edges[(x * 7 + y * 13 + s * 3) % edges.size()], 4);
         return f;
     }
-    static constexpr float specials[] = {0.0f, -0.0f, 1.0f, -1.0f, 2.5f, 1e-40f, 0.99999994f,
+    static constexpr float specials[] = {0.0f,
+                                         -0.0f,
+                                         1.0f,
+                                         -1.0f,
+                                         2.5f,
+                                         1e-40f,
+                                         0.99999994f,
                                          std::numeric_limits<float>::infinity(),
-                                         std::numeric_limits<float>::quiet_NaN(), 65535.0f};
+                                         std::numeric_limits<float>::quiet_NaN(),
+                                         65535.0f};
     if (pattern == "edges" && (x + 2 * y + s) % 3 == 0)
         return specials[(x + y * 7 + s * 3) % (sizeof specials / sizeof specials[0])];
     return float(word(pattern, x, y, s)) / 60000.0f - 0.05f;
@@ -123,7 +130,11 @@ void setField(Recipe& r, const std::string& key, const std::string& v)
         {"edit", [&] { r.edits = split(v, '&'); }},
         {"counts", [&] { r.countDelta = std::stoll(v); }},
         {"tag", [&] { r.tags = split(v, '&'); }},
-        {"drop", [&] { for (const std::string& t : split(v, '&')) r.drop.push_back(uint16_t(std::stoul(t))); }},
+        {"drop",
+         [&] {
+             for (const std::string& t : split(v, '&'))
+                 r.drop.push_back(uint16_t(std::stoul(t)));
+         }},
         {"patch", [&] { r.patches = split(v, '&'); }},
         {"target", [&] { r.target = v; }},
         {"alpha", [&] { r.alpha = {std::stoi(v)}; }},
@@ -143,12 +154,12 @@ unsigned int& field(TiffHeader& h, const std::string& name)
         return name.compare(0, bracket, "offset") == 0 ? h.stripOffsets[k] : h.stripByteCounts[k];
     }
     static const std::map<std::string, unsigned int TiffHeader::*> fields = {
-        {"width", &TiffHeader::imageWidth},    {"length", &TiffHeader::imageLength},
-        {"spp", &TiffHeader::samplesPerPixel}, {"compression", &TiffHeader::compression},
-        {"predictor", &TiffHeader::predictor}, {"rps", &TiffHeader::rowsPerStrip},
-        {"strips", &TiffHeader::stripCount},   {"tilewidth", &TiffHeader::tileWidth},
+        {"width", &TiffHeader::imageWidth},      {"length", &TiffHeader::imageLength},
+        {"spp", &TiffHeader::samplesPerPixel},   {"compression", &TiffHeader::compression},
+        {"predictor", &TiffHeader::predictor},   {"rps", &TiffHeader::rowsPerStrip},
+        {"strips", &TiffHeader::stripCount},     {"tilewidth", &TiffHeader::tileWidth},
         {"tilelength", &TiffHeader::tileLength}, {"tiles", &TiffHeader::tileCount},
-        {"across", &TiffHeader::tilesAcross},  {"down", &TiffHeader::tilesDown}};
+        {"across", &TiffHeader::tilesAcross},    {"down", &TiffHeader::tilesDown}};
     return h.*fields.at(name);
 }
 

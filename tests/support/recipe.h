@@ -18,14 +18,14 @@ struct Recipe {
     ImageSpec image;
     std::string pattern = "smooth"; // smooth, noise, flat or edges (float specials)
     bool lzwClearWhenFull = true;
-    std::string headLoaded;         // what imgLoadHeader sees: "" whole file, "N" bytes, "N%" of the file
-    std::string loaded;             // what the decoders see, the same way
-    std::vector<std::string> edits; // parsed header changes: field+N, field=N, field[k]=N
-    long long countDelta = 0;       // added to every stated strip or tile byte count
-    std::vector<std::string> tags;  // extra entries, later ones win: tag:type:count:value
-    std::vector<uint16_t> drop;     // tags left out
+    std::string headLoaded;           // what imgLoadHeader sees: "" whole file, "N" bytes, "N%" of the file
+    std::string loaded;               // what the decoders see, the same way
+    std::vector<std::string> edits;   // parsed header changes: field+N, field=N, field[k]=N
+    long long countDelta = 0;         // added to every stated strip or tile byte count
+    std::vector<std::string> tags;    // extra entries, later ones win: tag:type:count:value
+    std::vector<uint16_t> drop;       // tags left out
     std::vector<std::string> patches; // bytes written over the built file: offset:hexbytes
-    std::string target;             // "" header size, "WxH", or "WxH/capacity"
+    std::string target;               // "" header size, "WxH", or "WxH/capacity"
     std::vector<int> alpha{0, 1};
     std::vector<int> entries{8, 16, 32};
     std::map<std::string, std::string> expect; // what a runner checks: status=N, text

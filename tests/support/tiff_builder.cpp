@@ -80,7 +80,8 @@ Bytes buildImage(const ImageSpec& image)
         w.add(279, typeLong, counts);
     }
     for (size_t i = 0; i + 3 < image.extraTags.size(); i += 4)
-        w.entries.push_back({image.extraTags[i], image.extraTags[i + 1], image.extraTags[i + 2], image.extraTags[i + 3]});
+        w.entries.push_back(
+            {image.extraTags[i], image.extraTags[i + 1], image.extraTags[i + 2], image.extraTags[i + 3]});
     Bytes out{uint8_t(image.bigEndian ? 'M' : 'I'), uint8_t(image.bigEndian ? 'M' : 'I')};
     w.put(out, 42, 2);
     w.put(out, uint32_t(8 + w.data.size()), 4);

@@ -26,13 +26,13 @@ struct ImageSpec {
     uint16_t samplesPerPixel = 3;
     uint16_t compression = 1;
     uint16_t predictor = 1;
-    uint32_t rowsPerStrip = 0;   // 0: height
+    uint32_t rowsPerStrip = 0; // 0: height
     uint32_t tileWidth = 0;
     uint32_t tileLength = 0;
     std::vector<Bytes> chunks;
-    long long countDelta = 0;           // added to every stated byte count
-    std::vector<uint16_t> dropTags;     // left out of the directory
-    std::vector<uint32_t> extraTags;    // raw entries written last: tag, type, count, value
+    long long countDelta = 0;        // added to every stated byte count
+    std::vector<uint16_t> dropTags;  // left out of the directory
+    std::vector<uint32_t> extraTags; // raw entries written last: tag, type, count, value
 };
 
 Bytes buildImage(const ImageSpec& image);

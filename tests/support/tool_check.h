@@ -10,7 +10,8 @@
 namespace vktest {
 
 // CI installs every tool, so there a missing one is a failure, not a skip.
-inline bool underCi() {
+inline bool underCi()
+{
     const char* ci = std::getenv("CI");
     return ci != nullptr && std::strcmp(ci, "true") == 0;
 }
@@ -23,8 +24,9 @@ int writeToolCorpus(const std::string& dir);
 
 // Ends the test: skipped, with the "tool missing:" line that CTest reports as
 // a skip (tests/CMakeLists.txt), or failed under CI.
-#define VKTEST_TOOL_MISSING(what)                                              \
-    do {                                                                       \
-        if (vktest::underCi()) FAIL() << "under CI=true, absent: " << what;       \
-        GTEST_SKIP() << "tool missing: " << what;                              \
+#define VKTEST_TOOL_MISSING(what)                                                                                      \
+    do {                                                                                                               \
+        if (vktest::underCi())                                                                                         \
+            FAIL() << "under CI=true, absent: " << what;                                                               \
+        GTEST_SKIP() << "tool missing: " << what;                                                                      \
     } while (0)
