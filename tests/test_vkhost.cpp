@@ -29,10 +29,8 @@ std::string slurp(const fs::path& path)
 }
 
 struct TempDir {
-    fs::path path = [] {
-        std::string p = (fs::temp_directory_path() / "vkhost_test_XXXXXX").string();
-        return fs::path(mkdtemp(p.data()));
-    }();
+    std::string pattern = (fs::temp_directory_path() / "vkhost_test_XXXXXX").string();
+    fs::path path = mkdtemp(pattern.data());
     ~TempDir() { fs::remove_all(path); }
     std::string operator/(const std::string& name) const { return (path / name).string(); }
     // Every entry below the folder by name: its inode, type, permissions and a hash of a file's bytes.
