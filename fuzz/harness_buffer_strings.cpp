@@ -86,109 +86,47 @@ void runFileBuffer(Args& a)
         float f = 0;
         double d = 0;
         switch (a.u8() % 40) {
-        case 0:
-            fb.setFileSize(unsigned(a.i32()));
-            break;
-        case 1:
-            fb.setSizeLoaded(a.i64());
-            break;
-        case 2:
-            fb.setBufPosition(a.i64());
-            break;
-        case 3:
-            fb.offsetBufPosition(a.i64());
-            break;
-        case 4:
-            fb.setBufPositionWrite(a.i64(), big);
-            break;
-        case 5:
-            fb.readUint8(u8);
-            break;
-        case 6:
-            fb.readSint8(s8);
-            break;
-        case 7:
-            fb.readUint16(u16, big);
-            break;
-        case 8:
-            fb.readSint16(s16, big);
-            break;
-        case 9:
-            fb.readUint24(u32, big);
-            break;
-        case 10:
-            fb.readUint32(u32, big);
-            break;
-        case 11:
-            fb.readSint32(s32, big);
-            break;
-        case 12:
-            fb.readfloat(f, big);
-            break;
-        case 13:
-            fb.readdouble(d);
-            break;
+        case 0: fb.setFileSize(unsigned(a.i32())); break;
+        case 1: fb.setSizeLoaded(a.i64()); break;
+        case 2: fb.setBufPosition(a.i64()); break;
+        case 3: fb.offsetBufPosition(a.i64()); break;
+        case 4: fb.setBufPositionWrite(a.i64(), big); break;
+        case 5: fb.readUint8(u8); break;
+        case 6: fb.readSint8(s8); break;
+        case 7: fb.readUint16(u16, big); break;
+        case 8: fb.readSint16(s16, big); break;
+        case 9: fb.readUint24(u32, big); break;
+        case 10: fb.readUint32(u32, big); break;
+        case 11: fb.readSint32(s32, big); break;
+        case 12: fb.readfloat(f, big); break;
+        case 13: fb.readdouble(d); break;
         case 14: {
             const int n = int(a.u8()) - 20;
             fb.readBuffer(bytes.data(), n);
             break;
         }
-        case 15:
-            fb.readUint8P(u8, pos);
-            break;
-        case 16:
-            fb.readSint8P(s8, pos);
-            break;
-        case 17:
-            fb.readUint16P(u16, pos, big);
-            break;
-        case 18:
-            fb.readSint16P(s16, pos, big);
-            break;
-        case 19:
-            fb.readUint32P(u32, pos, big);
-            break;
-        case 20:
-            fb.readSint32P(s32, pos, big);
-            break;
-        case 21:
-            fb.readfloatP(f, pos, big);
-            break;
-        case 22:
-            fb.readdoubleP(d, pos);
-            break;
+        case 15: fb.readUint8P(u8, pos); break;
+        case 16: fb.readSint8P(s8, pos); break;
+        case 17: fb.readUint16P(u16, pos, big); break;
+        case 18: fb.readSint16P(s16, pos, big); break;
+        case 19: fb.readUint32P(u32, pos, big); break;
+        case 20: fb.readSint32P(s32, pos, big); break;
+        case 21: fb.readfloatP(f, pos, big); break;
+        case 22: fb.readdoubleP(d, pos); break;
         case 23: {
             const int n = int(a.u8()) - 20;
             fb.readBufferP(bytes.data(), pos, n);
             break;
         }
-        case 24:
-            fb.writeUint8(uint8_t(pos));
-            break;
-        case 25:
-            fb.writeSint8(int8_t(pos));
-            break;
-        case 26:
-            fb.writeUint16(uint16_t(pos), big);
-            break;
-        case 27:
-            fb.writeSint16(int16_t(pos), big);
-            break;
-        case 28:
-            fb.writeUint24(unsigned(pos), big);
-            break;
-        case 29:
-            fb.writeUint32(unsigned(pos), big);
-            break;
-        case 30:
-            fb.writeSint32(pos, big);
-            break;
-        case 31:
-            fb.writefloat(float(pos), big);
-            break;
-        case 32:
-            fb.writedouble(double(pos));
-            break;
+        case 24: fb.writeUint8(uint8_t(pos)); break;
+        case 25: fb.writeSint8(int8_t(pos)); break;
+        case 26: fb.writeUint16(uint16_t(pos), big); break;
+        case 27: fb.writeSint16(int16_t(pos), big); break;
+        case 28: fb.writeUint24(unsigned(pos), big); break;
+        case 29: fb.writeUint32(unsigned(pos), big); break;
+        case 30: fb.writeSint32(pos, big); break;
+        case 31: fb.writefloat(float(pos), big); break;
+        case 32: fb.writedouble(double(pos)); break;
         case 33: {
             const int n = int(a.u8()) - 20;
             fb.writeBuffer(bytes.data(), n);
@@ -199,21 +137,11 @@ void runFileBuffer(Args& a)
             fb.writeString(s.c_str());
             break;
         }
-        case 35:
-            fb.readBuffer(nullptr, pos & 15);
-            break;
-        case 36:
-            fb.readBufferP(nullptr, 0, pos & 15);
-            break;
-        case 37:
-            fb.writeString(nullptr);
-            break;
-        case 38:
-            fb.writeBuffer(nullptr, pos & 15);
-            break;
-        default:
-            fb.dataBigEndian = big;
-            break;
+        case 35: fb.readBuffer(nullptr, pos & 15); break;
+        case 36: fb.readBufferP(nullptr, 0, pos & 15); break;
+        case 37: fb.writeString(nullptr); break;
+        case 38: fb.writeBuffer(nullptr, pos & 15); break;
+        default: fb.dataBigEndian = big; break;
         }
         fuzzCheck(fb.sizeLoaded >= 0 && fb.bufPosition >= 0, "negative size or position");
     }
@@ -241,54 +169,22 @@ void runString(Args& a)
         const int count = std::min<int>(int(a.u8()), int(w.size()));
         other = t.c_str();
         switch (a.u8() % 48) {
-        case 0:
-            s = t.c_str();
-            break;
-        case 1:
-            s = c;
-            break;
-        case 2:
-            s.clear();
-            break;
-        case 3:
-            s.clearUnused();
-            break;
-        case 4:
-            s.calcLength();
-            break;
-        case 5:
-            s.setLength(short(i * 5));
-            break;
-        case 6:
-            s.add(t.c_str());
-            break;
-        case 7:
-            s.add(other);
-            break;
-        case 8:
-            s += t.c_str();
-            break;
-        case 9:
-            s += other;
-            break;
-        case 10:
-            s += c;
-            break;
-        case 11:
-            s += u;
-            break;
-        case 12:
-            s = s + other;
-            break;
-        case 13:
-            s = s + c;
-            break;
-        case 14:
-            s = s.combined(other);
-            break;
-        case 15:
-            s = s.combined(t.c_str());
-            break;
+        case 0: s = t.c_str(); break;
+        case 1: s = c; break;
+        case 2: s.clear(); break;
+        case 3: s.clearUnused(); break;
+        case 4: s.calcLength(); break;
+        case 5: s.setLength(short(i * 5)); break;
+        case 6: s.add(t.c_str()); break;
+        case 7: s.add(other); break;
+        case 8: s += t.c_str(); break;
+        case 9: s += other; break;
+        case 10: s += c; break;
+        case 11: s += u; break;
+        case 12: s = s + other; break;
+        case 13: s = s + c; break;
+        case 14: s = s.combined(other); break;
+        case 15: s = s.combined(t.c_str()); break;
         case 16:
             s.operator==(other);
             s.operator!=(other);
@@ -334,28 +230,16 @@ void runString(Args& a)
             s.startsWith(t.c_str());
             s.startsWithCaseSen(t.c_str());
             break;
-        case 26:
-            s.startsWith(t.c_str(), std::min<int>(j & 0x7F, int(t.size())));
-            break;
+        case 26: s.startsWith(t.c_str(), std::min<int>(j & 0x7F, int(t.size()))); break;
         case 27:
             s.endsWith(other);
             s.endsWith(t.c_str());
             break;
-        case 28:
-            s.endsWith(t.c_str(), std::min<int>(j & 0x7F, int(t.size())));
-            break;
-        case 29:
-            s.remove(i, j);
-            break;
-        case 30:
-            s.insert(i, other);
-            break;
-        case 31:
-            s.remove(other);
-            break;
-        case 32:
-            s.removeCaseSens(other);
-            break;
+        case 28: s.endsWith(t.c_str(), std::min<int>(j & 0x7F, int(t.size()))); break;
+        case 29: s.remove(i, j); break;
+        case 30: s.insert(i, other); break;
+        case 31: s.remove(other); break;
+        case 32: s.removeCaseSens(other); break;
         case 33: {
             S to(w.data());
             s.replace(other, to);
@@ -366,40 +250,22 @@ void runString(Args& a)
             s.replaceCaseSen(other, to);
             break;
         }
-        case 35:
-            s = s.left(i);
-            break;
-        case 36:
-            s = s.mid(i, j);
-            break;
-        case 37:
-            s.trim();
-            break;
+        case 35: s = s.left(i); break;
+        case 36: s = s.mid(i, j); break;
+        case 37: s.trim(); break;
         case 38:
             s.makeLower();
             s.makeUpper();
             break;
-        case 39:
-            s = S(w.data());
-            break;
-        case 40:
-            s = S(t.c_str(), std::min<int>(int(t.size()), count));
-            break;
+        case 39: s = S(w.data()); break;
+        case 40: s = S(t.c_str(), std::min<int>(int(t.size()), count)); break;
         default:
             if constexpr (isWide<S>) {
                 switch (op % 8) {
-                case 0:
-                    s = w.data();
-                    break;
-                case 1:
-                    s = u;
-                    break;
-                case 2:
-                    s.add(w.data(), unsigned(count));
-                    break;
-                case 3:
-                    s += w.data();
-                    break;
+                case 0: s = w.data(); break;
+                case 1: s = u; break;
+                case 2: s.add(w.data(), unsigned(count)); break;
+                case 3: s += w.data(); break;
                 case 4: {
                     std::vector<char> dest(size_t(j & 0xFF) + 1);
                     s.toChar(dest.data(), uint16_t(j & 0xFF));
@@ -413,21 +279,13 @@ void runString(Args& a)
                     s.replace(u, uint16_t(c));
                     s = s.remove(u);
                     break;
-                default:
-                    s.addNr((long long)i32From(i, j) * (i | 1));
-                    break;
+                default: s.addNr((long long)i32From(i, j) * (i | 1)); break;
                 }
             } else {
                 switch (op % 8) {
-                case 0:
-                    s = std::string(t);
-                    break;
-                case 1:
-                    s.fromChar(t.c_str(), std::min<int>(int(t.size()), count));
-                    break;
-                case 2:
-                    s.add(t.c_str(), unsigned(std::min<int>(int(t.size()), count)));
-                    break;
+                case 0: s = std::string(t); break;
+                case 1: s.fromChar(t.c_str(), std::min<int>(int(t.size()), count)); break;
+                case 2: s.add(t.c_str(), unsigned(std::min<int>(int(t.size()), count))); break;
                 case 3:
                     s.isEqualUpperInput(other);
                     s.isEqualSameCase(t.c_str(), std::min<int>(j & 0x7F, int(t.size())));
@@ -474,12 +332,8 @@ void runStringList(Args& a)
         const bool flag2 = a.u8() & 1;
         const int i = int(int8_t(a.u8()));
         switch (a.u8() % 7) {
-        case 0:
-            list.append(s, flag1, flag2);
-            break;
-        case 1:
-            list.find(s, flag1);
-            break;
+        case 0: list.append(s, flag1, flag2); break;
+        case 1: list.find(s, flag1); break;
         case 2:
             if (list.count > 0)
                 list.at(i);
@@ -488,15 +342,9 @@ void runStringList(Args& a)
             if (list.count > 0)
                 list.atAsChar(i);
             break;
-        case 4:
-            other.append(s, flag1, flag2);
-            break;
-        case 5:
-            list.copyFrom(other);
-            break;
-        default:
-            list.sort(flag1);
-            break;
+        case 4: other.append(s, flag1, flag2); break;
+        case 5: list.copyFrom(other); break;
+        default: list.sort(flag1); break;
         }
         fuzzCheck(list.count >= 0 && (list.count == 0) == (list.items == nullptr), "list count and storage disagree");
     }
@@ -510,30 +358,14 @@ void runBufferStrings(const uint8_t* data, size_t size)
         return;
     Args a(data + 1, size - 1);
     switch (data[0] % 8) {
-    case 0:
-        runFileBuffer(a);
-        break;
-    case 1:
-        runString<_vkString<10>>(a);
-        break;
-    case 2:
-        runString<_vkString<250>>(a);
-        break;
-    case 3:
-        runString<_vkString8_evenSize<6>>(a);
-        break;
-    case 4:
-        runString<_vkString8_evenSize<250>>(a);
-        break;
-    case 5:
-        runString<_vkString8_UnevenSize<7>>(a);
-        break;
-    case 6:
-        runString<_vkString8_UnevenSize<15>>(a);
-        break;
-    default:
-        runStringList(a);
-        break;
+    case 0: runFileBuffer(a); break;
+    case 1: runString<_vkString<10>>(a); break;
+    case 2: runString<_vkString<250>>(a); break;
+    case 3: runString<_vkString8_evenSize<6>>(a); break;
+    case 4: runString<_vkString8_evenSize<250>>(a); break;
+    case 5: runString<_vkString8_UnevenSize<7>>(a); break;
+    case 6: runString<_vkString8_UnevenSize<15>>(a); break;
+    default: runStringList(a); break;
     }
 }
 

@@ -12,18 +12,10 @@ std::string compressionName(const TiffHeader& tiff)
 {
     std::string name;
     switch (tiff.compression) {
-    case tiffCompressionNone:
-        name = "none";
-        break;
-    case tiffCompressionLZW:
-        name = "LZW";
-        break;
-    case tiffCompressionPackBits:
-        name = "PackBits";
-        break;
-    default:
-        name = "unknown";
-        break;
+    case tiffCompressionNone: name = "none"; break;
+    case tiffCompressionLZW: name = "LZW"; break;
+    case tiffCompressionPackBits: name = "PackBits"; break;
+    default: name = "unknown"; break;
     }
     if (tiff.predictor == tiffPredictorHorizontal)
         name += " with predictor";

@@ -28,10 +28,8 @@ std::vector<vkP::_Rgba8> falseColour(const vkP::_imgRGBABufferf& buffer)
 bool writePicture(std::FILE* out, const DecodedImage& image, const ConvertOptions& options, std::string& error)
 {
     switch (image.depth) {
-    case Depth::bits8:
-        return writePng(out, image.width, image.height, pngBits8, image.rgba8->pixels, error);
-    case Depth::bits16:
-        return writePng(out, image.width, image.height, pngBits16, image.rgba16->pixels, error);
+    case Depth::bits8: return writePng(out, image.width, image.height, pngBits8, image.rgba8->pixels, error);
+    case Depth::bits16: return writePng(out, image.width, image.height, pngBits16, image.rgba16->pixels, error);
     case Depth::floats:
         if (options.falseColour)
             return writePng(out, image.width, image.height, pngBits8, falseColour(*image.rgbaf).data(), error);

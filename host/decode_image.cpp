@@ -74,12 +74,9 @@ unsigned int run(unsigned int (*entry)(Record*), std::unique_ptr<Buffer>& buffer
 const char* entryName(Depth depth)
 {
     switch (depth) {
-    case Depth::bits8:
-        return "imgDecode8";
-    case Depth::bits16:
-        return "imgDecode16";
-    default:
-        return "imgDecodef";
+    case Depth::bits8: return "imgDecode8";
+    case Depth::bits16: return "imgDecode16";
+    default: return "imgDecodef";
     }
 }
 

@@ -80,23 +80,12 @@ TEST(Regress, GeneratedLzwStreamsThroughTheHarness)
         std::vector<LzwCode> codes = lzwEncodeCodes(data, tiff, rng() % 2);
         const long at = long(1 + rng() % (codes.size() - 1));
         switch (rng() % 6) {
-        case 0:
-            codes.erase(codes.begin());
-            break; // no clear code first
-        case 1:
-            codes[at].code = std::min((1 << codes[at].width) - 1, 3000 + int(rng() % 1000));
-            break;
-        case 2:
-            codes.pop_back();
-            break; // no end code: the input runs out into zeros
-        case 3:
-            codes.insert(codes.begin() + at, {{lzwClear, codes[at].width}, {lzwEnd, 9}});
-            break;
-        case 4:
-            codes.insert(codes.begin() + at, 1 + rng() % 3, LzwCode{lzwClear, codes[at].width});
-            break;
-        default:
-            break;
+        case 0: codes.erase(codes.begin()); break; // no clear code first
+        case 1: codes[at].code = std::min((1 << codes[at].width) - 1, 3000 + int(rng() % 1000)); break;
+        case 2: codes.pop_back(); break; // no end code: the input runs out into zeros
+        case 3: codes.insert(codes.begin() + at, {{lzwClear, codes[at].width}, {lzwEnd, 9}}); break;
+        case 4: codes.insert(codes.begin() + at, 1 + rng() % 3, LzwCode{lzwClear, codes[at].width}); break;
+        default: break;
         }
         const int size = int(data.size());
         Bytes input = {uint8_t((tiff ? 0 : 1) | 8 << 1), 3};

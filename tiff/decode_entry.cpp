@@ -54,12 +54,9 @@ unsigned int decodeImage8(vkP::_dataIMG_Decode8* record, DecodePath path)
             if (integer)
                 return lzwTo8(call, scratch);
             return h.bitsPerSample == 32 ? lzwFloatTo8(call, scratch) : vkStatusUnsupported;
-        case tiffCompressionPackBits:
-            return integer ? packBitsTo8(call) : packBitsFloatTo8(call);
-        case tiffCompressionNone:
-            return integer ? noneTo8(call) : noneFloatTo8(call);
-        default:
-            return vkStatusUnsupported;
+        case tiffCompressionPackBits: return integer ? packBitsTo8(call) : packBitsFloatTo8(call);
+        case tiffCompressionNone: return integer ? noneTo8(call) : noneFloatTo8(call);
+        default: return vkStatusUnsupported;
         }
     });
 }
@@ -90,8 +87,7 @@ unsigned int decodeImage16(vkP::_dataIMG_Decode16* record, DecodePath path)
             if (bits == 8)
                 return vkStatusOk;
             return bits == 16 ? noneTo16(fb, target, h, l, path) : noneFloatToWide(fb, target, h, l, path);
-        default:
-            return vkStatusUnsupported;
+        default: return vkStatusUnsupported;
         }
     });
 }

@@ -79,12 +79,8 @@ inline bool seek(vkP::_imgFileBuffer& fb, uint32_t offset)
 void applyEntry(vkP::_imgFileBuffer& fb, TiffHeader& th, const TiffDirEntry& e)
 {
     switch (e.tag) {
-    case tagImageWidth:
-        th.imageWidth = e.value;
-        break;
-    case tagImageLength:
-        th.imageLength = e.value;
-        break;
+    case tagImageWidth: th.imageWidth = e.value; break;
+    case tagImageLength: th.imageLength = e.value; break;
     case tagBitsPerSample:
         // Only the first sample's depth is read; a count of 1 or 2 keeps the
         // low half of the value field, which in a big-endian file is not where
@@ -96,19 +92,13 @@ void applyEntry(vkP::_imgFileBuffer& fb, TiffHeader& th, const TiffDirEntry& e)
             th.bitsPerSample = (unsigned short)e.value;
         }
         break;
-    case tagCompression:
-        th.compression = e.value;
-        break;
+    case tagCompression: th.compression = e.value; break;
     case tagStripOffsets:
         th.stripCount = e.count;
         th.stripOffsetsField = e.value;
         break;
-    case tagOrientation:
-        th.orientation = e.value;
-        break;
-    case tagSamplesPerPixel:
-        th.samplesPerPixel = e.value;
-        break;
+    case tagOrientation: th.orientation = e.value; break;
+    case tagSamplesPerPixel: th.samplesPerPixel = e.value; break;
     case tagRowsPerStrip:
         if (e.count <= 1) {
             th.rowsPerStrip = e.value;
@@ -129,26 +119,13 @@ void applyEntry(vkP::_imgFileBuffer& fb, TiffHeader& th, const TiffDirEntry& e)
         if (e.count <= 1 && th.bigEndian)
             th.stripByteCountsField = byteReversed(th.stripByteCountsField);
         break;
-    case tagPlanarConfiguration:
-        th.planarConfiguration = e.value;
-        break;
-    case tagPredictor:
-        th.predictor = e.value;
-        break;
-    case tagTileWidth:
-        th.tileWidth = e.value;
-        break;
-    case tagTileLength:
-        th.tileLength = e.value;
-        break;
-    case tagTileOffsets:
-        th.tileOffsetsField = e.value;
-        break;
-    case tagTileByteCounts:
-        th.tileByteCountsField = e.value;
-        break;
-    default:
-        break;
+    case tagPlanarConfiguration: th.planarConfiguration = e.value; break;
+    case tagPredictor: th.predictor = e.value; break;
+    case tagTileWidth: th.tileWidth = e.value; break;
+    case tagTileLength: th.tileLength = e.value; break;
+    case tagTileOffsets: th.tileOffsetsField = e.value; break;
+    case tagTileByteCounts: th.tileByteCountsField = e.value; break;
+    default: break;
     }
 }
 
@@ -290,12 +267,8 @@ unsigned int parse(vkP::_imgFileBuffer& fb, _imgHeaderInfo& info, TiffHeader& th
         th.rowsPerStrip = th.imageLength;
 
     switch (th.compression) {
-    case tiffCompressionLZW:
-        text.add(textLZW);
-        break;
-    case tiffCompressionPackBits:
-        text.add(textRLE);
-        break;
+    case tiffCompressionLZW: text.add(textLZW); break;
+    case tiffCompressionPackBits: text.add(textRLE); break;
     case tiffCompressionNone:
         text.add(textUncompressed);
         info.isUncompressed = 1;

@@ -422,18 +422,10 @@ int lzwDecodeStrip(LZWState* s, unsigned char* out, int len)
             Walk k{word, s, out, end, bits.data, dst, bits.pos, prevWord, prevAt, prevCode, firstFreeCode - 1 + run};
             bool stopped;
             switch (width) {
-            case 9:
-                stopped = decodeBlock<9>(k, block);
-                break;
-            case 10:
-                stopped = decodeBlock<10>(k, block);
-                break;
-            case 11:
-                stopped = decodeBlock<11>(k, block);
-                break;
-            default:
-                stopped = decodeBlock<12>(k, block);
-                break;
+            case 9: stopped = decodeBlock<9>(k, block); break;
+            case 10: stopped = decodeBlock<10>(k, block); break;
+            case 11: stopped = decodeBlock<11>(k, block); break;
+            default: stopped = decodeBlock<12>(k, block); break;
             }
             dst = k.dst;
             bits.pos = k.pos;

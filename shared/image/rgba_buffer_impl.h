@@ -84,20 +84,11 @@ struct Access {
     static void setChannel(P& p, const C& v, _vkChannel c)
     {
         switch (c) {
-        case vkRed:
-            p.r = v;
-            break;
-        case vkGreen:
-            p.g = v;
-            break;
-        case vkBlue:
-            p.b = v;
-            break;
-        case vkAlpha:
-            p.a = v;
-            break;
-        default:
-            break; // any other selector writes nothing
+        case vkRed: p.r = v; break;
+        case vkGreen: p.g = v; break;
+        case vkBlue: p.b = v; break;
+        case vkAlpha: p.a = v; break;
+        default: break; // any other selector writes nothing
         }
     }
 
