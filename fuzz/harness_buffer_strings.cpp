@@ -1,10 +1,10 @@
 // harness_buffer_strings.cpp - operation-sequence harness for the file buffer, the string classes and the string list
 #include <cstring>
 #include <string>
-#include <type_traits>
 #include <vector>
 
 #include "fuzz/harness.h"
+#include "fuzz/string_ops.h"
 #include "shared/image/file_buffer.h"
 #include "shared/string/vk_string.h"
 
@@ -14,12 +14,6 @@ namespace {
 
 constexpr size_t maxOps = 256;
 constexpr size_t maxText = 600; // longer than every capacity used here
-
-// A number spread over the whole int range from two small arguments.
-int i32From(int i, int j)
-{
-    return int(uint32_t(i) << 24 ^ uint32_t(j) * 2654435761u);
-}
 
 // Hands out the argument bytes of one operation; past the input it gives 0.
 class Args {
@@ -46,18 +40,6 @@ public:
         for (size_t i = 0; i < n && !done(); ++i)
             s.push_back(char(u8()));
         return std::string(s.c_str());
-    }
-    // 16-bit units with a terminator.
-    std::vector<unsigned short> wide()
-    {
-        std::vector<unsigned short> s;
-        const size_t n = u8() * 3u % maxText;
-        for (size_t i = 0; i < n && !done(); ++i) {
-            const uint8_t b = u8();
-            s.push_back(b >= 0xF0 ? u16() : b);
-        }
-        s.push_back(0);
-        return s;
     }
 
 private:
@@ -148,176 +130,35 @@ void runFileBuffer(Args& a)
 }
 
 template <class S>
-constexpr bool isWide = std::is_same<decltype(S::text[0]), unsigned short&>::value;
-template <class S>
 constexpr int capacityOf = int(sizeof(S::text) / sizeof(S::text[0])) - 1;
 
-// One string object and a list of operations on it and on a second string.
+// One string object and a list of operations on it (string_ops.h), each with
+// two arguments: texts, or numbers small, over the int range or beyond.
 template <class S>
 void runString(Args& a)
 {
-    constexpr int N = capacityOf<S>;
+    const vkstr::StringOps<S>& ops = vkstr::stringOps<S>();
+    const size_t count = ops.asks.size() + ops.edits.size();
     S s;
-    S other;
     for (size_t op = 0; op < maxOps && !a.done(); ++op) {
-        const std::string t = a.text();
-        const std::vector<unsigned short> w = a.wide();
-        const int i = int(int8_t(a.u8()));
-        const int j = int(int8_t(a.u8()));
-        const char c = char(a.u8());
-        const unsigned short u = a.u8();
-        const int count = std::min<int>(int(a.u8()), int(w.size()));
-        other = t.c_str();
-        switch (a.u8() % 48) {
-        case 0: s = t.c_str(); break;
-        case 1: s = c; break;
-        case 2: s.clear(); break;
-        case 3: s.clearUnused(); break;
-        case 4: s.calcLength(); break;
-        case 5: s.setLength(short(i * 5)); break;
-        case 6: s.add(t.c_str()); break;
-        case 7: s.add(other); break;
-        case 8: s += t.c_str(); break;
-        case 9: s += other; break;
-        case 10: s += c; break;
-        case 11: s += u; break;
-        case 12: s = s + other; break;
-        case 13: s = s + c; break;
-        case 14: s = s.combined(other); break;
-        case 15: s = s.combined(t.c_str()); break;
-        case 16:
-            s.operator==(other);
-            s.operator!=(other);
-            s.operator==(t.c_str());
-            break;
-        case 17:
-            s.operator<(other);
-            s.operator>(other);
-            s.compare(other);
-            break;
-        case 18:
-            s.isEqual(other);
-            s.isEqual(t.c_str(), std::min<int>(j & 0x7F, int(t.size())));
-            break;
-        case 19:
-            s.isEqual(w.data(), std::min<int>(j & 0x7F, int(w.size())));
-            s.isEqualSameCase(other);
-            break;
-        case 20:
-            s.isEmpty();
-            s.hasData();
-            break;
-        case 21:
-            s.indexOf(u, i);
-            s.lastIndexOf(u, j);
-            break;
-        case 22:
-            s.indexOf(other, i);
-            s.indexOfCaseSen(other, j);
-            break;
-        case 23:
-            s.contains(other);
-            s.contains(t.c_str());
-            s.contains(c);
-            break;
-        case 24:
-            s.startsWith(u);
-            s.endsWith(u);
-            s.endsWith(c);
-            break;
-        case 25:
-            s.startsWith(other);
-            s.startsWith(t.c_str());
-            s.startsWithCaseSen(t.c_str());
-            break;
-        case 26: s.startsWith(t.c_str(), std::min<int>(j & 0x7F, int(t.size()))); break;
-        case 27:
-            s.endsWith(other);
-            s.endsWith(t.c_str());
-            break;
-        case 28: s.endsWith(t.c_str(), std::min<int>(j & 0x7F, int(t.size()))); break;
-        case 29: s.remove(i, j); break;
-        case 30: s.insert(i, other); break;
-        case 31: s.remove(other); break;
-        case 32: s.removeCaseSens(other); break;
-        case 33: {
-            S to(w.data());
-            s.replace(other, to);
-            break;
+        const size_t pick = a.u8() % count;
+        vkstr::OpArgs args{{""}};
+        for (int k = 0; k < 2; ++k) {
+            const uint8_t kind = a.u8();
+            if (kind < 0x80)
+                args.a.push_back(a.text());
+            else if (kind < 0xD0)
+                args.a.push_back(std::to_string(int8_t(a.u8())));
+            else if (kind < 0xF0)
+                args.a.push_back(std::to_string(a.i32()));
+            else
+                args.a.push_back(std::to_string((long long)(uint64_t(uint32_t(a.i32())) << 32 | uint32_t(a.i32()))));
         }
-        case 34: {
-            S to(w.data());
-            s.replaceCaseSen(other, to);
-            break;
-        }
-        case 35: s = s.left(i); break;
-        case 36: s = s.mid(i, j); break;
-        case 37: s.trim(); break;
-        case 38:
-            s.makeLower();
-            s.makeUpper();
-            break;
-        case 39: s = S(w.data()); break;
-        case 40: s = S(t.c_str(), std::min<int>(int(t.size()), count)); break;
-        default:
-            if constexpr (isWide<S>) {
-                switch (op % 8) {
-                case 0: s = w.data(); break;
-                case 1: s = u; break;
-                case 2: s.add(w.data(), unsigned(count)); break;
-                case 3: s += w.data(); break;
-                case 4: {
-                    std::vector<char> dest(size_t(j & 0xFF) + 1);
-                    s.toChar(dest.data(), uint16_t(j & 0xFF));
-                    break;
-                }
-                case 5:
-                    s.to_vkString8_250();
-                    s.to_vkString8_500();
-                    break;
-                case 6:
-                    s.replace(u, uint16_t(c));
-                    s = s.remove(u);
-                    break;
-                default: s.addNr((long long)i32From(i, j) * (i | 1)); break;
-                }
-            } else {
-                switch (op % 8) {
-                case 0: s = std::string(t); break;
-                case 1: s.fromChar(t.c_str(), std::min<int>(int(t.size()), count)); break;
-                case 2: s.add(t.c_str(), unsigned(std::min<int>(int(t.size()), count))); break;
-                case 3:
-                    s.isEqualUpperInput(other);
-                    s.isEqualSameCase(t.c_str(), std::min<int>(j & 0x7F, int(t.size())));
-                    break;
-                case 4:
-                    s.indexOf(c, i);
-                    s.lastIndexOf(c, j);
-                    s.startsWith(c);
-                    break;
-                case 5:
-                    s.replace(c, char(u));
-                    s = s.remove(c);
-                    break;
-                case 6: {
-                    bool ok = false;
-                    s.toInt(&ok);
-                    s.toInt(nullptr);
-                    break;
-                }
-                default:
-                    // Printed without a capacity test of its own: near the end
-                    // of the text the number must be cut, never spill.
-                    if (op & 8)
-                        s.addNr(i32From(i, j));
-                    else
-                        s.addNr(i32From(i, j), uint8_t(u % 16));
-                    break;
-                }
-            }
-            break;
-        }
-        fuzzCheck(s.length <= N, "string length beyond its capacity");
+        if (pick < ops.asks.size())
+            ops.asks[pick].second(s, args);
+        else
+            ops.edits[pick - ops.asks.size()].second(s, args);
+        fuzzCheck(s.length <= capacityOf<S>, "string length beyond its capacity");
     }
 }
 

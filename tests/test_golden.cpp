@@ -96,35 +96,26 @@ void describe(const Recipe& r, const Bytes& file, std::vector<std::string>& line
         }
 }
 
-// Compares with the checked-in manifest; VKTIFF_UPDATE_GOLDEN=1 rewrites it.
+// Compares with the checked-in manifest, naming the first line that differs;
+// VKTIFF_UPDATE_GOLDEN=1 rewrites it.
 void expectManifest(const std::vector<std::string>& lines, const std::string& name)
 {
     const std::string expectedPath = dataDir + "/" + name;
-    if (std::getenv("VKTIFF_UPDATE_GOLDEN") != nullptr) {
-        std::ofstream out(expectedPath);
-        for (const std::string& l : lines)
-            out << l << '\n';
-        return;
-    }
+    const bool update = std::getenv("VKTIFF_UPDATE_GOLDEN") != nullptr;
     std::system(("mkdir -p '" + outDir + "'").c_str());
-    std::ofstream actual(outDir + "/" + name);
+    std::ofstream actual(update ? expectedPath : outDir + "/" + name);
     for (const std::string& l : lines)
         actual << l << '\n';
     std::ifstream in(expectedPath);
     std::vector<std::string> expected;
-    for (std::string l; std::getline(in, l);)
+    for (std::string l; !update && std::getline(in, l);)
         expected.push_back(l);
-    size_t shown = 0;
-    for (size_t i = 0; i < std::max(lines.size(), expected.size()) && shown < 20; ++i) {
-        const std::string got = i < lines.size() ? lines[i] : "(none)";
-        const std::string want = i < expected.size() ? expected[i] : "(none)";
-        if (got != want) {
-            ADD_FAILURE() << "line " << i + 1 << "\n  expected: " << want << "\n  actual:   " << got;
-            ++shown;
-        }
-    }
-    if (shown)
-        ADD_FAILURE() << "whole output in " << outDir << "/" << name;
+    const auto [got, want] = std::mismatch(lines.begin(), lines.end(), expected.begin(), expected.end());
+    if (!update && (got != lines.end() || want != expected.end()))
+        ADD_FAILURE() << "line " << (got - lines.begin()) + 1
+                      << "\n  expected: " << (want != expected.end() ? *want : "(none)")
+                      << "\n  actual:   " << (got != lines.end() ? *got : "(none)") << "\nwhole output in " << outDir
+                      << "/" << name;
 }
 
 Bytes readFile(const std::string& path)

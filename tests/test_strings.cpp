@@ -4,10 +4,10 @@
 
 #include <cstdio>
 #include <fstream>
-#include <functional>
-#include <map>
 #include <sstream>
+#include <stdexcept>
 
+#include "fuzz/string_ops.h"
 #include "shared/string/vk_string.h"
 
 namespace {
@@ -50,64 +50,28 @@ std::string show(const S& s)
     return out.empty() ? "\"\"" : out;
 }
 
-// Each operation changes the string (the result is then its units) or answers a number.
+// An operation on a string of the case's first text: its answer, or the units it leaves.
 template <class S>
 std::string run(const std::string& op, const std::vector<std::string>& a)
 {
     S s(a.at(0).c_str());
-    const auto t = [&](size_t i) { return S(a.at(i).c_str()); };
-    const auto c = [&](size_t i) { return a.at(i).c_str(); };
-    const auto n = [&](size_t i) { return std::stoi(a.at(i), nullptr, 0); };
-    const auto u = [&](size_t i) { return (unsigned short)a.at(i)[0]; };
-    const std::map<std::string, std::function<long long()>> numbers = {
-        {"indexOf", [&] { return s.indexOf(t(1), n(2)); }},
-        {"indexOfCaseSen", [&] { return s.indexOfCaseSen(t(1), n(2)); }},
-        {"indexOfChar", [&] { return s.indexOf(u(1), n(2)); }},
-        {"lastIndexOfChar", [&] { return s.lastIndexOf(u(1), n(2)); }},
-        {"compare", [&] { return (s.compare(t(1)) > 0) - (s.compare(t(1)) < 0); }},
-        {"equal", [&] { return s == t(1); }},
-        {"isEqual", [&] { return s.isEqual(t(1)); }},
-        {"less", [&] { return s < t(1); }},
-        {"contains", [&] { return s.contains(t(1)); }},
-        {"startsWith", [&] { return s.startsWith(t(1)); }},
-        {"endsWith", [&] { return s.endsWith(t(1)); }},
-        {"startsWithCaseSen", [&] { return s.startsWithCaseSen(c(1)); }},
-    };
-    const std::map<std::string, std::function<void()>> edits = {
-        {"make", [] {}},
-        {"assign", [&] { s = c(1); }},
-        {"add", [&] { s.add(c(1)); }},
-        {"plus", [&] { s += c(1); }},
-        {"addString", [&] { s.add(t(1)); }},
-        {"plusSelf", [&] { s += s; }},
-        {"addNr", [&] { s.addNr(n(1)); }},
-        {"remove", [&] { s.remove(n(1), n(2)); }},
-        {"insert", [&] { s.insert(n(1), t(2)); }},
-        {"insertSelf", [&] { s.insert(n(1), s); }},
-        {"removeText", [&] { s.remove(t(1)); }},
-        {"removeSelf", [&] { s.remove(s); }},
-        {"removeCaseSens", [&] { s.removeCaseSens(t(1)); }},
-        {"replace", [&] { s.replace(t(1), t(2)); }},
-        {"replaceCaseSen", [&] { s.replaceCaseSen(t(1), t(2)); }},
-        {"trim", [&] { s.trim(); }},
-        {"upper", [&] { s.makeUpper(); }},
-        {"lower", [&] { s.makeLower(); }},
-        {"left", [&] { s = s.left(n(1)); }},
-        {"mid", [&] { s = s.mid(n(1), n(2)); }},
-    };
-    if (numbers.count(op))
-        return std::to_string(numbers.at(op)());
-    if constexpr (sizeof s.text[0] == 1) { // the 8-bit families' own members
-        bool ok = false;
-        const int v = op == "toInt" ? s.toInt(&ok) : 0;
-        if (op == "toInt")
+    const vkstr::OpArgs args{a};
+    if constexpr (!vkstr::isWide<S>)
+        if (op == "toInt") {
+            bool ok = false;
+            const int v = s.toInt(&ok);
             return std::to_string(v) + (ok ? "_ok" : "_bad");
-        if (op == "addNrWidth")
-            s.addNr(n(1), (unsigned char)n(2));
-    }
-    if (op != "addNrWidth")
-        edits.at(op)();
-    return show(s) + (s.length <= int(sizeof s.text / sizeof s.text[0]) - 1 && s.text[s.length] != 0 ? "<open>" : "");
+        }
+    for (const auto& [name, ask] : vkstr::stringOps<S>().asks)
+        if (op == name)
+            return std::to_string(ask(s, args));
+    for (const auto& [name, edit] : vkstr::stringOps<S>().edits)
+        if (op == name) {
+            edit(s, args);
+            const bool open = s.length <= int(sizeof s.text / sizeof s.text[0]) - 1 && s.text[s.length] != 0;
+            return show(s) + (open ? "<open>" : "");
+        }
+    throw std::runtime_error("unknown string operation " + op);
 }
 
 // Operations on no string family: the number texts and the list.

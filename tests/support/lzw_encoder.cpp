@@ -134,9 +134,4 @@ Bytes lzwEncodeTiff(const Bytes& data, bool clearWhenFull)
     return packCodesMsb(lzwEncodeCodes(data, true, clearWhenFull));
 }
 
-Bytes lzwEncodeBlock(const Bytes& data, bool clearWhenFull)
-{
-    return packCodesBlocks(lzwEncodeCodes(data, false, clearWhenFull));
-}
-
 } // namespace vktest

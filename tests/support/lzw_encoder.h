@@ -33,7 +33,4 @@ std::vector<LzwCode> lzwEncodeCodes(const Bytes& data, bool tiffMode, bool clear
 // A TIFF compression-5 stream of `data`.
 Bytes lzwEncodeTiff(const Bytes& data, bool clearWhenFull = true);
 
-// A block-mode stream of `data`.
-Bytes lzwEncodeBlock(const Bytes& data, bool clearWhenFull = true);
-
 } // namespace vktest
