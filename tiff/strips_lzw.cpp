@@ -113,10 +113,11 @@ unsigned int lzwFloatStrips(Call& call, unsigned char* scratch, uint32_t bytes)
             floatSampleBytes * spp * h.imageWidth * stripRowsAsked(h.rowsPerStrip, h.imageLength, firstRow);
         const uint32_t rows = stripRowsInImage(h.rowsPerStrip, h.imageLength, firstRow);
         // A strip wholly in the target: decoded whole, its rows converted as
-        // the uncompressed float rows are, without the swap. Every pixel any
-        // strip reads lies below `cut`, and the decode writes nothing past
-        // `wanted`, so the bytes it adds at or past `cut` are never read and
-        // later strips see what the step-by-step decode would have left.
+        // the uncompressed float rows are, without the swap. The whole decode
+        // also writes bytes that the step-by-step one does not keep (from
+        // `cut` on, or all of a strip no pixel reads) but none past `wanted`,
+        // and no later strip reads those: what later strips find past their
+        // own data is unchanged.
         if (fastLzwStrip8(call, wanted, bytes, firstRow, rows)) {
             if (shortDecode(decodeWholeChunk(state, scratch, wanted, call.path), wanted))
                 return vkStatusCorruptData;
