@@ -42,8 +42,8 @@ bool fastStripRows8(const decode8::Call& call, uint32_t offset, uint32_t firstRo
 // The same for an uncompressed float strip into an 8-bit target.
 bool fastFloatStripRows8(const decode8::Call& call, uint32_t offset, uint32_t firstRow, uint32_t rows);
 
-// LZW strip into an 8-bit target, decoded whole and emitted row by row: it
-// fits the scratch and lies in the target.
+// LZW strip (integer or float samples) into an 8-bit target, decoded whole
+// and emitted row by row: it fits the scratch and lies in the target.
 bool fastLzwStrip8(const decode8::Call& call, uint32_t wanted, uint32_t scratchBytes, uint32_t firstRow, uint32_t rows);
 
 // A tile whose shown pixels all lie in the 8-bit target: stored row by row

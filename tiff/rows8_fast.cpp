@@ -76,9 +76,8 @@ void storeWords(Call& call, uint32_t count, uint32_t left, uint32_t y, Word&& wo
     call.pixel = unpack(v);
 }
 
-// One float sample as the uncompressed float path reads it (swapped exactly
-// when the file is big-endian) and converts it: NaN and <= 0 give 0, >= 1
-// gives 255, others v * 255 truncated.
+// One float sample as the float paths read it (swapped where asked) and
+// convert it: NaN and <= 0 give 0, >= 1 gives 255, others v * 255 truncated.
 inline unsigned char floatByte(const unsigned char* at, bool swap)
 {
     uint32_t bits = load32(at);
@@ -164,12 +163,11 @@ void emitPredictedRow(Call& call, unsigned char* row, uint32_t rowWidth, uint32_
     emitRow(call, row + L.highByte, count, left, y);
 }
 
-void emitFloatRow(Call& call, const unsigned char* src, uint32_t count, uint32_t y)
+void emitFloatRow(Call& call, const unsigned char* src, uint32_t count, uint32_t y, bool swap)
 {
     const uint32_t step = call.layout.bytesPerSample;
     const uint32_t stride = call.layout.bytesPerPixel;
     const bool alpha = call.layout.alpha;
-    const bool swap = call.file.dataBigEndian;
     const auto fetch = [&](uint32_t x, vkP::_Rgba8& p) {
         const unsigned char* at = src + size_t(x) * stride;
         if (alpha)

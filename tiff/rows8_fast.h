@@ -32,9 +32,10 @@ void emitRow(Call& call, const unsigned char* src, uint32_t count, uint32_t left
 // layouts do it in the same pass without writing the sums back.
 void emitPredictedRow(Call& call, unsigned char* row, uint32_t rowWidth, uint32_t count, uint32_t left, uint32_t y);
 
-// A row of float samples from the loaded file (`src` pixel 0's first byte),
-// converted as the uncompressed float path converts them.
-void emitFloatRow(Call& call, const unsigned char* src, uint32_t count, uint32_t y);
+// A row of float samples (`src` pixel 0's first byte) converted by the float
+// rule, each float byte-swapped first where `swap` is set: the loaded bytes of
+// a big-endian file are, decoded LZW floats never are.
+void emitFloatRow(Call& call, const unsigned char* src, uint32_t count, uint32_t y, bool swap);
 
 // PackBits strips as packBitsInteger and packBitsFloat decode them, packets
 // that lie in the loaded data read from memory and bytes stored without calls.

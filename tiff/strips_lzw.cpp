@@ -112,6 +112,20 @@ unsigned int lzwFloatStrips(Call& call, unsigned char* scratch, uint32_t bytes)
         const uint32_t wanted =
             floatSampleBytes * spp * h.imageWidth * stripRowsAsked(h.rowsPerStrip, h.imageLength, firstRow);
         const uint32_t rows = stripRowsInImage(h.rowsPerStrip, h.imageLength, firstRow);
+        // A strip wholly in the target: decoded whole, its rows converted as
+        // the uncompressed float rows are, without the swap. The whole decode
+        // also writes bytes that the step-by-step one does not keep (from
+        // `cut` on, or all of a strip no pixel reads) but none past `wanted`,
+        // and no later strip reads those: what later strips find past their
+        // own data is unchanged.
+        if (fastLzwStrip8(call, wanted, bytes, firstRow, rows)) {
+            if (shortDecode(decodeWholeChunk(state, scratch, wanted, call.path), wanted))
+                return vkStatusCorruptData;
+            const size_t rowBytes = size_t(h.imageWidth) * spp * floatSampleBytes;
+            for (uint32_t r = 0; r < rows; ++r)
+                emitFloatRow(call, scratch + r * rowBytes, h.imageWidth, firstRow + r, false);
+            return vkStatusOk;
+        }
         const uint32_t shown = columns == 0 ? 0 : rowsShown(v, firstRow, rows);
         const bool readLater = columns != 0 && wrapAhead(firstRow, h.rowsPerStrip, h.stripCount - 1 - s);
         const uint32_t keep = shown != 0 || readLater ? std::min(wanted, cut) : 0;

@@ -66,7 +66,7 @@ unsigned int decode8::noneFloatTo8(Call& call)
         if (fastFloatStripRows8(call, offset, firstRow, rows)) {
             for (uint32_t r = 0; r < rows; ++r)
                 emitFloatRow(call, call.file.buffer + offset + size_t(r) * h.imageWidth * stride, h.imageWidth,
-                             firstRow + r);
+                             firstRow + r, call.file.dataBigEndian);
             return vkStatusOk;
         }
         walkStripPixels(

@@ -165,6 +165,16 @@ public:
 
     bool done() const { return firstRow_ + row_ >= length_ || row_ >= rowsPerStrip_; }
 
+    // How many more samples place() takes before done() holds; 0 where that
+    // is not simply a count (rows without samples, a strip below the image).
+    uint64_t samplesUntilDone() const
+    {
+        if (rowSamples_ == 0 || firstRow_ >= length_)
+            return 0;
+        const uint32_t stopRow = std::min(rowsPerStrip_, length_ - firstRow_);
+        return row_ >= stopRow ? 0 : uint64_t(stopRow - row_) * rowSamples_ - sample_;
+    }
+
 private:
     void advance(uint32_t samples)
     {
@@ -195,64 +205,223 @@ private:
     uint32_t channel_ = 0; // c mod perPixel
 };
 
+// `count` samples into the sink (bytes[i], or `value` when bytes is null):
+// in bulk where the sink can, else one by one as the plain sink would.
+void placeSamples(FastStripSink& sink, const unsigned char* bytes, unsigned char value, uint32_t count)
+{
+    while (count > 0) {
+        uint32_t done = sink.bulk(bytes, value, count);
+        if (done == 0) {
+            sink.place(bytes != nullptr ? bytes[0] : value);
+            done = 1;
+        }
+        if (bytes != nullptr)
+            bytes += done;
+        count -= done;
+    }
+}
+
+// The bytes first, first + 2, ... below `count` (the most significant bytes
+// of a packet's 16-bit samples) into `out`; returns how many.
+uint32_t highBytes(const unsigned char* bytes, uint32_t count, uint32_t first, unsigned char* out)
+{
+    const uint32_t kept = count > first ? (count - first + 1) / 2 : 0;
+    const unsigned char* from = bytes + first;
+    uint32_t k = 0;
+#if defined(__SSE2__)
+    const __m128i low = _mm_set1_epi16(0x00FF);
+    for (; first + 2 * k + 32 <= count; k += 16) {
+        const __m128i a = _mm_and_si128(simd::load128(from + 2 * k), low);
+        const __m128i b = _mm_and_si128(simd::load128(from + 2 * k + 16), low);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + k), _mm_packus_epi16(a, b));
+    }
+#endif
+    for (; k < kept; ++k)
+        out[k] = from[2 * k];
+    return kept;
+}
+
+// `floats` floats in host order from `bytes` into their channel bytes by the float rule.
+void floatBytes(const unsigned char* bytes, uint32_t floats, unsigned char* out)
+{
+    uint32_t k = 0;
+#if defined(__SSE2__)
+    for (; k + 4 <= floats; k += 4) {
+        const __m128i i =
+            vkP::channelsSse2(_mm_loadu_ps(reinterpret_cast<const float*>(bytes + 4 * k)), vkP::channelScale8);
+        const __m128i packed = _mm_packus_epi16(_mm_packs_epi32(i, i), _mm_setzero_si128());
+        const uint32_t word = uint32_t(_mm_cvtsi128_si32(packed));
+        std::memcpy(out + k, &word, sizeof word);
+    }
+#endif
+    for (; k < floats; ++k) {
+        float f;
+        std::memcpy(&f, bytes + 4 * k, sizeof f);
+        out[k] = vkP::channel8(f);
+    }
+}
+
+constexpr uint32_t packetBytes = 128; // the longest literal packet
+
+// Samples of many packets gathered and placed in one bulk call: the packets
+// of 16-bit and float samples yield too few each to pay for one. The stop
+// asked between packets places what is gathered only once it may hold.
+class BatchedSink {
+public:
+    explicit BatchedSink(FastStripSink& sink) : sink_(sink), untilDone_(sink.samplesUntilDone()) {}
+
+    // Room for the next n (at most packetBytes + 1) samples; add(k) counts
+    // the first k of them as gathered.
+    unsigned char* room(uint32_t n)
+    {
+        if (pending_ + n > sizeof samples_)
+            flush();
+        return samples_ + pending_;
+    }
+    void add(uint32_t k) { pending_ += k; }
+
+    void put(unsigned char v)
+    {
+        *room(1) = v;
+        add(1);
+    }
+
+    bool done()
+    {
+        if (pending_ < untilDone_)
+            return false;
+        flush();
+        return sink_.done();
+    }
+
+    void flush()
+    {
+        placeSamples(sink_, samples_, 0, pending_);
+        pending_ = 0;
+        untilDone_ = sink_.samplesUntilDone();
+    }
+
+private:
+    FastStripSink& sink_;
+    uint64_t untilDone_;
+    uint32_t pending_ = 0;
+    unsigned char samples_[2048];
+};
+
+// The plain path's walk for 8-bit samples, whole packets placed at once.
+unsigned int bytesTo8Fast(Call& call)
+{
+    return forEachPackBitsStrip<FastStripSink>(call, [&](FastStripSink& sink) {
+        walkPackBitsFast(
+            call.file,
+            [&](const unsigned char* bytes, uint32_t count, unsigned char& value) {
+                value = bytes[count - 1];
+                placeSamples(sink, bytes, 0, count);
+            },
+            [&](unsigned char& value, uint32_t count) { placeSamples(sink, nullptr, value, count); },
+            [&](unsigned char& value) { sink.place(value); }, [&] { return sink.done(); });
+    });
+}
+
 } // namespace
 
 unsigned int packBitsTo8Fast(Call& call)
 {
     const SampleLayout& L = call.layout;
+    if (L.bytesPerSample == 1)
+        return bytesTo8Fast(call);
     return forEachPackBitsStrip<FastStripSink>(call, [&](FastStripSink& sink) {
+        BatchedSink batch(sink);
         uint32_t byteCount = 0;
-        auto one = [&](unsigned char v) {
-            // Of a 16-bit sample only its most significant byte is kept.
-            if (L.bytesPerSample == 1 || byteCount % L.bytesPerSample == L.highByte)
-                sink.place(v);
-            ++byteCount;
-        };
-        // A packet's bytes (or its run value), in bulk where the sink can.
-        auto feed = [&](const unsigned char* bytes, unsigned char value, uint32_t count) {
-            while (count > 0) {
-                uint32_t done = L.bytesPerSample == 1 ? sink.bulk(bytes, value, count) : 0;
-                if (done == 0) {
-                    one(bytes != nullptr ? bytes[0] : value);
-                    done = 1;
-                }
-                if (bytes != nullptr)
-                    bytes += done;
-                count -= done;
-            }
-        };
         walkPackBitsFast(
             call.file,
             [&](const unsigned char* bytes, uint32_t count, unsigned char& value) {
                 value = bytes[count - 1];
-                feed(bytes, 0, count);
+                batch.add(highBytes(bytes, count, (L.highByte - byteCount) % 2, batch.room(count / 2 + 1)));
+                byteCount += count;
             },
-            [&](unsigned char& value, uint32_t count) { feed(nullptr, value, count); },
-            [&](unsigned char& value) { one(value); }, [&] { return sink.done(); });
+            [&](unsigned char& value, uint32_t count) {
+                const uint32_t kept = countCongruent(byteCount, int(count), L.bytesPerSample, L.highByte);
+                std::memset(batch.room(kept), value, kept);
+                batch.add(kept);
+                byteCount += count;
+            },
+            [&](unsigned char& value) {
+                // Of a 16-bit sample only its most significant byte is kept.
+                if (byteCount % L.bytesPerSample == L.highByte)
+                    batch.put(value);
+                ++byteCount;
+            },
+            [&] { return batch.done(); });
+        batch.flush();
     });
 }
-
 unsigned int packBitsFloatTo8Fast(Call& call)
 {
     return forEachPackBitsStrip<FastStripSink>(call, [&](FastStripSink& sink) {
+        BatchedSink batch(sink);
         FloatStaging staging;
         auto one = [&](unsigned char& v) {
             if (staging.take(v))
-                sink.place(v);
+                batch.put(v);
+        };
+        // Bytes one by one until a float starts; returns how many.
+        auto align = [&](uint32_t count, const unsigned char* bytes, unsigned char& value) {
+            uint32_t i = 0;
+            for (; i < count && staging.byteCount % floatSampleBytes != 0; ++i) {
+                if (bytes != nullptr)
+                    value = bytes[i];
+                one(value);
+            }
+            return i;
         };
         walkPackBitsFast(
             call.file,
             [&](const unsigned char* bytes, uint32_t count, unsigned char& value) {
-                for (uint32_t i = 0; i < count; ++i) {
+                uint32_t i = align(count, bytes, value);
+                const uint32_t floats = (count - i) / floatSampleBytes;
+                if (floats != 0) {
+                    unsigned char* converted = batch.room(floats);
+                    floatBytes(bytes + i, floats, converted);
+                    value = converted[floats - 1];
+                    batch.add(floats);
+                    i += floats * floatSampleBytes;
+                    std::memcpy(staging.bytes, bytes + i - floatSampleBytes, floatSampleBytes);
+                    staging.byteCount += floats * floatSampleBytes;
+                }
+                for (; i < count; ++i) {
                     value = bytes[i];
                     one(value);
                 }
             },
             [&](unsigned char& value, uint32_t count) {
-                for (uint32_t i = 0; i < count; ++i)
+                // Each whole float of a run is four copies of the byte the run
+                // repeats by then: the converted byte of the float before.
+                uint32_t i = align(count, nullptr, value);
+                uint32_t floats = (count - i) / floatSampleBytes;
+                i += floats * floatSampleBytes;
+                while (floats != 0) {
+                    std::memset(staging.bytes, value, floatSampleBytes);
+                    float f;
+                    std::memcpy(&f, staging.bytes, sizeof f);
+                    const unsigned char converted = vkP::channel8(f);
+                    if (converted == value) {
+                        // A fixed point: every float left gives the same byte.
+                        std::memset(batch.room(floats), value, floats);
+                        batch.add(floats);
+                        staging.byteCount += floats * floatSampleBytes;
+                        break;
+                    }
+                    batch.put(converted);
+                    staging.byteCount += floatSampleBytes;
+                    value = converted;
+                    --floats;
+                }
+                for (; i < count; ++i)
                     one(value);
             },
-            one, [&] { return sink.done(); });
+            one, [&] { return batch.done(); });
+        batch.flush();
     });
 }
 
