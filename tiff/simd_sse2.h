@@ -1,4 +1,5 @@
-// simd_sse2.h - word and SSE2 helpers that the fast row paths share: unaligned loads, the RGB mask, 3-to-4 expansion
+// simd_sse2.h - word and SSE2 helpers that the fast paths share: unaligned loads, the RGB mask, 3-to-4 expansion,
+// short copies and fills
 #pragma once
 
 #include <cstdint>
@@ -45,5 +46,46 @@ inline __m128i expandRgb4(const unsigned char* at)
     return _mm_or_si128(_mm_and_si128(q, first), _mm_and_si128(_mm_slli_epi64(q, 8), second));
 }
 #endif
+
+// n bytes from `from` to `to` (apart), or n bytes of `value`, without a
+// library call: PackBits packets are at most 128 bytes, and for moves that
+// short a call costs more than the move, above all in 32-bit builds. Moves of
+// 16 (SSE2) or 8 bytes, the last one overlapping the one before.
+inline void copyShort(unsigned char* to, const unsigned char* from, uint32_t n)
+{
+#if defined(__SSE2__)
+    if (n >= 16) {
+        for (uint32_t k = 0; k + 16 < n; k += 16)
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(to + k), load128(from + k));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to + n - 16), load128(from + n - 16));
+        return;
+    }
+#endif
+    if (n >= 8) {
+        uint64_t head, tail;
+        std::memcpy(&head, from, 8);
+        std::memcpy(&tail, from + n - 8, 8);
+        std::memcpy(to, &head, 8);
+        std::memcpy(to + n - 8, &tail, 8);
+        return;
+    }
+    for (uint32_t k = 0; k < n; ++k)
+        to[k] = from[k];
+}
+
+inline void fillShort(unsigned char* to, unsigned char value, uint32_t n)
+{
+#if defined(__SSE2__)
+    if (n >= 16) {
+        const __m128i v = _mm_set1_epi8(char(value));
+        for (uint32_t k = 0; k + 16 < n; k += 16)
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(to + k), v);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to + n - 16), v);
+        return;
+    }
+#endif
+    for (uint32_t k = 0; k < n; ++k)
+        to[k] = value;
+}
 
 } // namespace simd

@@ -115,9 +115,9 @@ public:
             if (first + inRow > limit_ || first + inRow > UINT32_MAX)
                 return 0;
             if (bytes != nullptr)
-                std::memcpy(target_.pixels + first, bytes, inRow);
+                simd::copyShort(target_.pixels + first, bytes, inRow);
             else
-                std::memset(target_.pixels + first, value, inRow);
+                simd::fillShort(target_.pixels + first, value, inRow);
             pixel_ += (channel_ + inRow) / 4;
             channel_ = (channel_ + inRow) % 4;
             advance(inRow);
