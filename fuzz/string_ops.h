@@ -22,11 +22,6 @@ struct OpArgs {
     long long n(size_t k) const { return std::strtoll(c(k), nullptr, 0); }
     char ch(size_t k) const { return c(k)[0]; }
     unsigned short u(size_t k) const { return units(k)[0]; }
-    template <class S>
-    S t(size_t k) const
-    {
-        return S(c(k));
-    }
     // The text as terminated 16-bit units: a byte F0..FF takes the next as its low half.
     std::vector<unsigned short> units(size_t k) const
     {
@@ -66,29 +61,29 @@ const StringOps<S>& stringOps()
     static const StringOps<S> ops = [] {
         StringOps<S> o;
         o.asks = {
-            {"indexOf", [](S& s, A a) -> long long { return s.indexOf(a.t<S>(1), int(a.n(2))); }},
-            {"indexOfCaseSen", [](S& s, A a) -> long long { return s.indexOfCaseSen(a.t<S>(1), int(a.n(2))); }},
+            {"indexOf", [](S& s, A a) -> long long { return s.indexOf(S(a.c(1)), int(a.n(2))); }},
+            {"indexOfCaseSen", [](S& s, A a) -> long long { return s.indexOfCaseSen(S(a.c(1)), int(a.n(2))); }},
             {"indexOfChar", [](S& s, A a) -> long long { return s.indexOf(a.u(1), int(a.n(2))); }},
             {"lastIndexOfChar", [](S& s, A a) -> long long { return s.lastIndexOf(a.u(1), int(a.n(2))); }},
-            {"compare", [](S& s, A a) -> long long { return (s.compare(a.t<S>(1)) > 0) - (s.compare(a.t<S>(1)) < 0); }},
-            {"equal", [](S& s, A a) -> long long { return s == a.t<S>(1); }},
-            {"notEqual", [](S& s, A a) -> long long { return s != a.t<S>(1); }},
+            {"compare", [](S& s, A a) -> long long { return (s.compare(S(a.c(1))) > 0) - (s.compare(S(a.c(1))) < 0); }},
+            {"equal", [](S& s, A a) -> long long { return s == S(a.c(1)); }},
+            {"notEqual", [](S& s, A a) -> long long { return s != S(a.c(1)); }},
             {"equalText", [](S& s, A a) -> long long { return s == a.c(1); }},
-            {"isEqual", [](S& s, A a) -> long long { return s.isEqual(a.t<S>(1)); }},
+            {"isEqual", [](S& s, A a) -> long long { return s.isEqual(S(a.c(1))); }},
             {"isEqualText", [](S& s, A a) -> long long { return s.isEqual(a.c(1), a.within(2, 1)); }},
             {"isEqualUnits", [](S& s, A a) -> long long { return s.isEqual(a.units(1).data(), a.unitsWithin(2, 1)); }},
-            {"isEqualSameCase", [](S& s, A a) -> long long { return s.isEqualSameCase(a.t<S>(1)); }},
-            {"less", [](S& s, A a) -> long long { return s < a.t<S>(1); }},
-            {"greater", [](S& s, A a) -> long long { return s > a.t<S>(1); }},
-            {"contains", [](S& s, A a) -> long long { return s.contains(a.t<S>(1)); }},
+            {"isEqualSameCase", [](S& s, A a) -> long long { return s.isEqualSameCase(S(a.c(1))); }},
+            {"less", [](S& s, A a) -> long long { return s < S(a.c(1)); }},
+            {"greater", [](S& s, A a) -> long long { return s > S(a.c(1)); }},
+            {"contains", [](S& s, A a) -> long long { return s.contains(S(a.c(1))); }},
             {"containsText", [](S& s, A a) -> long long { return s.contains(a.c(1)); }},
             {"containsChar", [](S& s, A a) -> long long { return s.contains(a.ch(1)); }},
-            {"startsWith", [](S& s, A a) -> long long { return s.startsWith(a.t<S>(1)); }},
+            {"startsWith", [](S& s, A a) -> long long { return s.startsWith(S(a.c(1))); }},
             {"startsWithText", [](S& s, A a) -> long long { return s.startsWith(a.c(1)); }},
             {"startsWithTextN", [](S& s, A a) -> long long { return s.startsWith(a.c(1), a.within(2, 1)); }},
             {"startsWithUnit", [](S& s, A a) -> long long { return s.startsWith(a.u(1)); }},
             {"startsWithCaseSen", [](S& s, A a) -> long long { return s.startsWithCaseSen(a.c(1)); }},
-            {"endsWith", [](S& s, A a) -> long long { return s.endsWith(a.t<S>(1)); }},
+            {"endsWith", [](S& s, A a) -> long long { return s.endsWith(S(a.c(1))); }},
             {"endsWithText", [](S& s, A a) -> long long { return s.endsWith(a.c(1)); }},
             {"endsWithTextN", [](S& s, A a) -> long long { return s.endsWith(a.c(1), a.within(2, 1)); }},
             {"endsWithUnit", [](S& s, A a) -> long long { return s.endsWith(a.u(1)); }},
@@ -107,26 +102,26 @@ const StringOps<S>& stringOps()
             {"calcLength", [](S& s, A) { s.calcLength(); }},
             {"setLength", [](S& s, A a) { s.setLength(short(a.n(1))); }},
             {"add", [](S& s, A a) { s.add(a.c(1)); }},
-            {"addString", [](S& s, A a) { s.add(a.t<S>(1)); }},
+            {"addString", [](S& s, A a) { s.add(S(a.c(1))); }},
             {"plus", [](S& s, A a) { s += a.c(1); }},
-            {"plusString", [](S& s, A a) { s += a.t<S>(1); }},
+            {"plusString", [](S& s, A a) { s += S(a.c(1)); }},
             {"plusChar", [](S& s, A a) { s += a.ch(1); }},
             {"plusUnit", [](S& s, A a) { s += a.u(1); }},
             {"plusSelf", [](S& s, A) { s += s; }},
-            {"concat", [](S& s, A a) { s = s + a.t<S>(1); }},
+            {"concat", [](S& s, A a) { s = s + S(a.c(1)); }},
             {"concatChar", [](S& s, A a) { s = s + a.ch(1); }},
-            {"combined", [](S& s, A a) { s = s.combined(a.t<S>(1)); }},
+            {"combined", [](S& s, A a) { s = s.combined(S(a.c(1))); }},
             {"combinedText", [](S& s, A a) { s = s.combined(a.c(1)); }},
             {"addNr", [](S& s, A a) { s.addNr(a.n(1)); }},
             {"remove", [](S& s, A a) { s.remove(int(a.n(1)), int(a.n(2))); }},
-            {"insert", [](S& s, A a) { s.insert(int(a.n(1)), a.t<S>(2)); }},
+            {"insert", [](S& s, A a) { s.insert(int(a.n(1)), S(a.c(2))); }},
             {"insertSelf", [](S& s, A a) { s.insert(int(a.n(1)), s); }},
-            {"removeText", [](S& s, A a) { s.remove(a.t<S>(1)); }},
+            {"removeText", [](S& s, A a) { s.remove(S(a.c(1))); }},
             {"removeSelf", [](S& s, A) { s.remove(s); }},
-            {"removeCaseSens", [](S& s, A a) { s.removeCaseSens(a.t<S>(1)); }},
-            {"replace", [](S& s, A a) { s.replace(a.t<S>(1), a.t<S>(2)); }},
-            {"replaceUnits", [](S& s, A a) { s.replace(a.t<S>(1), S(a.units(2).data())); }},
-            {"replaceCaseSen", [](S& s, A a) { s.replaceCaseSen(a.t<S>(1), a.t<S>(2)); }},
+            {"removeCaseSens", [](S& s, A a) { s.removeCaseSens(S(a.c(1))); }},
+            {"replace", [](S& s, A a) { s.replace(S(a.c(1)), S(a.c(2))); }},
+            {"replaceUnits", [](S& s, A a) { s.replace(S(a.c(1)), S(a.units(2).data())); }},
+            {"replaceCaseSen", [](S& s, A a) { s.replaceCaseSen(S(a.c(1)), S(a.c(2))); }},
             {"trim", [](S& s, A) { s.trim(); }},
             {"upper", [](S& s, A) { s.makeUpper(); }},
             {"lower", [](S& s, A) { s.makeLower(); }},
@@ -160,7 +155,7 @@ const StringOps<S>& stringOps()
             o.asks.insert(
                 o.asks.end(),
                 {
-                    {"isEqualUpperInput", [](S& s, A a) -> long long { return s.isEqualUpperInput(a.t<S>(1)); }},
+                    {"isEqualUpperInput", [](S& s, A a) -> long long { return s.isEqualUpperInput(S(a.c(1))); }},
                     {"isEqualSameCaseText",
                      [](S& s, A a) -> long long { return s.isEqualSameCase(a.c(1), a.within(2, 1)); }},
                     {"indexOfByte", [](S& s, A a) -> long long { return s.indexOf(a.ch(1), int(a.n(2))); }},
