@@ -124,6 +124,18 @@ void emitRow(Call& call, const unsigned char* src, uint32_t count, uint32_t left
     const uint32_t step = L.bytesPerSample;
     const uint32_t stride = L.bytesPerPixel;
     const bool alpha = L.alpha;
+    if (step == 2 && count != 0 && runInTarget(call.target, left, y, count)) {
+        // The high bytes of 16-bit samples (src is at the first one) gathered
+        // into words: fewer stores than a pixel record per pixel, which a
+        // 32-bit build is short of registers for.
+        const uint32_t fill = alpha ? 0u : alphaBits(call.pixel.a);
+        storeWords(call, count, left, y, [&](uint32_t x) {
+            const unsigned char* at = src + size_t(x) * stride;
+            const uint32_t a = alpha ? uint32_t(at[6]) << 24 : fill;
+            return uint32_t(at[0]) | uint32_t(at[2]) << 8 | uint32_t(at[4]) << 16 | a;
+        });
+        return;
+    }
     storeRun(call, count, left, y, [&](uint32_t x, vkP::_Rgba8& p) {
         const unsigned char* at = src + size_t(x) * stride;
         if (alpha)
