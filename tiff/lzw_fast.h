@@ -19,4 +19,7 @@ bool lzwFreshTiffStart(const LZWState& s);
 // used up, ff_lzw_decode finishes the call from that code on. Bytes from the
 // returned count up to len may differ from ff_lzw_decode's when the count
 // falls short; callers treat a short count as corrupt data and never read them.
+// Nothing at or past out + len is written (wide stores are taken only where
+// they end before it): the strip paths rely on that, since the scratch bytes
+// past a strip's data are what later strips' pixels read.
 int lzwDecodeStrip(LZWState* s, unsigned char* out, int len);
