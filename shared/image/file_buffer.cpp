@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstring>
 #include <new>
+#include <type_traits>
 
 namespace vkP {
 
@@ -14,40 +15,12 @@ namespace {
 // Bytes allocated beyond the capacity: readUint24 loads a whole 32-bit word.
 constexpr unsigned int loadSlack = 4;
 
+// The unsigned integer of T's size, whose bytes a read loads and reverses.
 template <typename T>
-struct SameSizeUnsigned;
-template <>
-struct SameSizeUnsigned<unsigned char> {
-    using type = std::uint8_t;
-};
-template <>
-struct SameSizeUnsigned<signed char> {
-    using type = std::uint8_t;
-};
-template <>
-struct SameSizeUnsigned<unsigned short> {
-    using type = std::uint16_t;
-};
-template <>
-struct SameSizeUnsigned<short> {
-    using type = std::uint16_t;
-};
-template <>
-struct SameSizeUnsigned<unsigned int> {
-    using type = std::uint32_t;
-};
-template <>
-struct SameSizeUnsigned<int> {
-    using type = std::uint32_t;
-};
-template <>
-struct SameSizeUnsigned<float> {
-    using type = std::uint32_t;
-};
-template <>
-struct SameSizeUnsigned<double> {
-    using type = std::uint64_t;
-};
+using SameSizeUnsigned =
+    std::conditional_t<sizeof(T) == 1, std::uint8_t,
+                       std::conditional_t<sizeof(T) == 2, std::uint16_t,
+                                          std::conditional_t<sizeof(T) == 4, std::uint32_t, std::uint64_t>>>;
 
 inline std::uint8_t byteSwap(std::uint8_t v)
 {
@@ -72,7 +45,7 @@ inline std::uint64_t byteSwap(std::uint64_t v)
 template <typename T>
 inline void loadValue(T& v, const unsigned char* at, bool reverse)
 {
-    typename SameSizeUnsigned<T>::type raw;
+    SameSizeUnsigned<T> raw;
     std::memcpy(&raw, at, sizeof raw);
     if (reverse)
         raw = byteSwap(raw);
@@ -82,7 +55,7 @@ inline void loadValue(T& v, const unsigned char* at, bool reverse)
 template <typename T>
 inline void storeValue(unsigned char* at, T value, bool reverse)
 {
-    typename SameSizeUnsigned<T>::type raw;
+    SameSizeUnsigned<T> raw;
     std::memcpy(&raw, &value, sizeof raw);
     if (reverse)
         raw = byteSwap(raw);
