@@ -6,7 +6,6 @@
 #include <cstring>
 #include <dirent.h>
 #include <fstream>
-#include <iterator>
 #include <sstream>
 
 #include "support/decode_run.h"
@@ -24,10 +23,7 @@ constexpr int toolsMissing = 77;
 
 std::string infoText(const _imgHeaderInfo& info)
 {
-    std::string s;
-    for (int i = 0; i < info.infoText.length && i < 250; ++i)
-        s += char(info.infoText.text[i]);
-    return s;
+    return std::string(info.infoText.text, info.infoText.text + std::clamp<int>(info.infoText.length, 0, 250));
 }
 
 Target targetFor(const Recipe& r, const _imgHeaderInfo& info, bool alpha)
@@ -116,12 +112,6 @@ void expectManifest(const std::vector<std::string>& lines, const std::string& na
                       << "\n  expected: " << (want != expected.end() ? *want : "(none)")
                       << "\n  actual:   " << (got != lines.end() ? *got : "(none)") << "\nwhole output in " << outDir
                       << "/" << name;
-}
-
-Bytes readFile(const std::string& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
 std::vector<std::string> tiffFiles(const std::string& dir)

@@ -6,7 +6,6 @@
 #include <cstring>
 #include <fnmatch.h>
 #include <fstream>
-#include <iterator>
 #include <sstream>
 
 #include "support/decode_run.h"
@@ -18,12 +17,6 @@ namespace {
 
 const std::string dataDir = std::string(VKTIFF_SOURCE_DIR) + "/tests/data";
 const std::string corpus = std::string(VKTIFF_BINARY_DIR) + "/oracle";
-
-Bytes readFile(const std::string& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
 
 uint16_t narrowed(float v)
 {

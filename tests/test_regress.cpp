@@ -4,14 +4,13 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "fuzz/harness.h"
 #include "support/lzw_encoder.h"
+#include "support/tiff_builder.h"
 
 using namespace vktest;
 
@@ -53,8 +52,7 @@ TEST(Regress, EveryFindingReplaysThroughItsHarness)
     for (const Target& t : targets) {
         for (const fs::path& file : inputsOf(t.name)) {
             SCOPED_TRACE(file.string());
-            std::ifstream in(file, std::ios::binary);
-            const std::vector<uint8_t> bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+            const Bytes bytes = readFile(file.string());
             t.run(bytes.data(), bytes.size());
             ++replayed;
         }

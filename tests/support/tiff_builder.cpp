@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
+#include <iterator>
 #include <string>
 
 namespace vktest {
@@ -117,6 +119,12 @@ static void dumpForSeeds(const Bytes& file, long long loaded)
         std::fwrite(file.data(), 1, file.size(), f);
         std::fclose(f);
     }
+}
+
+Bytes readFile(const std::string& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
 LoadedTiff prepareTiff(const Bytes& file, long long loaded)

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "plugin/entry_points.h"
@@ -36,6 +37,9 @@ struct ImageSpec {
 };
 
 Bytes buildImage(const ImageSpec& image);
+
+// The whole of a file (empty when it cannot be read).
+Bytes readFile(const std::string& path);
 
 // The records a host keeps for one file: the file buffer filled with the
 // bytes, the description and the parsed header, after imgLoadHeader.
