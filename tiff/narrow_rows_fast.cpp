@@ -37,16 +37,6 @@ inline __m128 loadFloats(const unsigned char* at, bool swap)
     return _mm_castsi128_ps(v);
 }
 
-// Two pixels' channels, 0 .. 65535 each, as eight 16-bit lanes. SSE2 packs
-// 32-bit lanes with signed saturation only, so the values are moved into the
-// signed range first and back after.
-inline __m128i packChannels(__m128i first, __m128i second)
-{
-    const __m128i bias = _mm_set1_epi32(0x8000);
-    const __m128i packed = _mm_packs_epi32(_mm_sub_epi32(first, bias), _mm_sub_epi32(second, bias));
-    return _mm_xor_si128(packed, _mm_set1_epi16(int16_t(0x8000)));
-}
-
 #endif
 
 } // namespace
@@ -66,8 +56,9 @@ void narrowFloatRow(const unsigned char* src, uint32_t count, uint32_t stride, b
         unsigned char* to = reinterpret_cast<unsigned char*>(out);
         for (; x + 2 < count; x += 2) {
             const unsigned char* at = src + size_t(x) * stride;
-            const __m128i two = packChannels(vkP::channelsSse2(loadFloats(at, swap), vkP::channelScale16),
-                                             vkP::channelsSse2(loadFloats(at + stride, swap), vkP::channelScale16));
+            const __m128i two =
+                vkP::packChannels16(vkP::channelsSse2(loadFloats(at, swap), vkP::channelScale16),
+                                    vkP::channelsSse2(loadFloats(at + stride, swap), vkP::channelScale16));
             _mm_storeu_si128(reinterpret_cast<__m128i*>(to + size_t(x) * sizeof(vkP::_Rgba16)),
                              _mm_or_si128(_mm_and_si128(two, keep), fill));
         }

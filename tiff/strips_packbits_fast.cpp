@@ -431,17 +431,146 @@ namespace {
 
 using wide::StripLayout;
 
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "a sample's bytes are held in a word, the first lowest");
+
+// The N bytes of a sample at s as a word, the first byte lowest.
+template <uint32_t N>
+uint32_t sampleBits(const unsigned char* s)
+{
+    uint32_t bits = 0;
+    std::memcpy(&bits, s, N);
+    return bits;
+}
+
+// How N-byte samples become channels of a 16-bit or float target: put(at,
+// bits) stores the sample whose bytes `bits` holds (see sampleBits) into the
+// channel at `at`; block(s) (SSE2) converts `lanes` samples from s on into
+// one vector of as many channels.
+struct Words16To16 {
+    static constexpr uint32_t sampleBytes = 2;
+    static constexpr uint32_t channelBytes = 2;
+    static constexpr uint32_t lanes = 8;
+    static constexpr bool copies = false;
+    // Byte pairs are taken high byte first in either file byte order.
+    static void put(unsigned char* at, uint32_t bits)
+    {
+        const uint16_t v = uint16_t((bits & 0xFF) << 8 | (bits >> 8 & 0xFF));
+        std::memcpy(at, &v, sizeof v);
+    }
+#if defined(__SSE2__)
+    static __m128i block(const unsigned char* s)
+    {
+        const __m128i v = simd::load128(s);
+        return _mm_or_si128(_mm_slli_epi16(v, 8), _mm_srli_epi16(v, 8));
+    }
+#endif
+};
+
+// Floats are taken in memory order, no swap for either byte order.
+struct FloatsTo16 {
+    static constexpr uint32_t sampleBytes = 4;
+    static constexpr uint32_t channelBytes = 2;
+    static constexpr uint32_t lanes = 8;
+    static constexpr bool copies = false;
+    static void put(unsigned char* at, uint32_t bits)
+    {
+        float v;
+        std::memcpy(&v, &bits, sizeof v);
+        const uint16_t w = vkP::channel16(v);
+        std::memcpy(at, &w, sizeof w);
+    }
+#if defined(__SSE2__)
+    static __m128i block(const unsigned char* s)
+    {
+        const auto four = [](const unsigned char* at) {
+            return vkP::channelsSse2(_mm_castsi128_ps(simd::load128(at)), vkP::channelScale16);
+        };
+        return vkP::packChannels16(four(s), four(s + 16));
+    }
+#endif
+};
+
+// Float samples are copied bit for bit: a float moved through a value could
+// pass the x87 stack of a 32-bit build, which quiets signalling NaNs.
+struct FloatsToFloat {
+    static constexpr uint32_t sampleBytes = 4;
+    static constexpr uint32_t channelBytes = 4;
+    static constexpr uint32_t lanes = 4;
+    static constexpr bool copies = true; // a pixel's three samples move as 12 bytes
+    static void put(unsigned char* at, uint32_t bits) { std::memcpy(at, &bits, 4); }
+#if defined(__SSE2__)
+    static __m128i block(const unsigned char* s)
+    {
+        return simd::load128(s);
+    }
+#endif
+};
+
+// k samples from `from` (stride: one sample's bytes, or 0 for a run, whose
+// `from` then holds `lanes` copies of it) into the channels from `to` on, the
+// first at channel ch of a pixel of PerPixel channels. With four channels a
+// pixel the samples fill consecutive channels; with three, each pixel's
+// fourth channel is left as it was.
+template <class Kind, uint32_t PerPixel>
+void placeSamples(unsigned char* to, uint32_t ch, const unsigned char* from, uint32_t stride, uint32_t k)
+{
+    constexpr uint32_t cb = Kind::channelBytes;
+    uint32_t left = k;
+    const auto one = [&] {
+        Kind::put(to, sampleBits<Kind::sampleBytes>(from));
+        from += stride;
+        to += cb;
+        --left;
+        if (++ch == PerPixel) {
+            ch = 0;
+            to += (4 - PerPixel) * cb;
+        }
+    };
+    if constexpr (PerPixel == 3) {
+        while (ch != 0 && left != 0)
+            one();
+    }
+    if constexpr (PerPixel == 3 && Kind::copies) {
+        for (; left >= 3; left -= 3, from += 3 * stride, to += 16)
+            std::memcpy(to, from, 12);
+    }
+#if defined(__SSE2__)
+    else if constexpr (PerPixel == 4) {
+        for (; left >= Kind::lanes; left -= Kind::lanes, from += Kind::lanes * stride, to += 16)
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(to), Kind::block(from));
+    } else {
+        // A vector holds two pixels: their three samples each are spread to
+        // four lanes, and the fourth lane keeps the target's.
+        const __m128i keep = _mm_set_epi16(0, -1, -1, -1, 0, -1, -1, -1);
+        for (; left >= Kind::lanes; left -= 6, from += 6 * stride, to += 16) {
+            const __m128i v = Kind::block(from);
+            const __m128i spread = _mm_unpacklo_epi64(v, _mm_srli_si128(v, 6));
+            __m128i* at = reinterpret_cast<__m128i*>(to);
+            _mm_storeu_si128(at,
+                             _mm_or_si128(_mm_and_si128(spread, keep), _mm_andnot_si128(keep, _mm_loadu_si128(at))));
+        }
+    }
+#endif
+    while (left != 0)
+        one();
+}
+
 // The walk of decodePackBitsStrips with the same packets, stops, positions
 // and element indices: sample number c of a row goes to channel c mod
 // perPixel of pixel c ÷ perPixel, counted incrementally. The precondition
-// rules out any wrap of the 32-bit index, so it is formed in 64 bits here.
-template <size_t N, class Store>
+// keeps every index below 2^32, so 32-bit sums form it without a wrap.
+template <class Kind, uint32_t PerPixel>
 unsigned int packBitsWideStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, const StripLayout& l, uint32_t capacity,
-                                unsigned char (&sample)[N], Store&& store)
+                                unsigned char* channels, uint32_t bits)
 {
-    const uint32_t perPixel = l.alpha ? 4 : 3;
+    constexpr uint32_t N = Kind::sampleBytes;
+    constexpr uint32_t perPixel = PerPixel;
     const uint32_t rowSamples = l.width * l.samples;
-    const uint64_t channels = uint64_t(capacity) * 4;
+    const uint64_t targetChannels = uint64_t(capacity) * 4;
+    // The sample being gathered, kept from strip to strip, is held in a
+    // register as `bits` (see sampleBits): bytes stored one by one and read
+    // back whole would stall store forwarding at every packet that does not
+    // start on a sample.
     return forEachStrip(l.strips, l.rowsPerStrip, [&](uint32_t s, uint32_t y0) -> unsigned int {
         fb.setBufPosition(static_cast<long long>(h.stripOffsets[s]));
         uint32_t r = 0;
@@ -449,62 +578,50 @@ unsigned int packBitsWideStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, co
         uint32_t pixel = 0;
         uint32_t channel = 0;
         uint32_t count = 0;
-        uint64_t rowFirst = uint64_t(y0) * l.width * 4;
+        uint32_t rowFirst = y0 * l.width * 4;
+        const auto nextRow = [&] {
+            ++r;
+            c = 0;
+            pixel = 0;
+            channel = 0;
+            rowFirst += l.width * 4;
+        };
         const auto place = [&] {
-            const uint64_t index = rowFirst + uint64_t(pixel) * 4 + channel;
-            if (index < channels)
-                store(uint32_t(index), static_cast<const unsigned char*>(sample));
+            const uint32_t index = rowFirst + pixel * 4 + channel;
+            if (index < targetChannels)
+                Kind::put(channels + size_t(index) * Kind::channelBytes, bits);
             if (++channel == perPixel) {
                 channel = 0;
                 ++pixel;
             }
-            if (++c >= rowSamples) {
-                ++r;
-                c = 0;
-                pixel = 0;
-                channel = 0;
-                rowFirst += uint64_t(l.width) * 4;
-            }
+            if (++c >= rowSamples)
+                nextRow();
         };
         const auto byte = [&](unsigned char& v) {
             const uint32_t k = count++ % N;
-            sample[k] = v;
+            bits = (bits & ~(0xFFu << 8 * k)) | uint32_t(v) << 8 * k;
             if (k == N - 1)
                 place();
         };
-        // Up to `most` whole samples from `from` (stride: N bytes, or 0 for a
-        // run) that all fall in the current row and the target, in one loop
-        // without the row and bounds checks; returns how many it placed.
+        // Up to `most` whole samples from `from` (see placeSamples) that all
+        // fall in the current row and the target, placed without the row and
+        // bounds checks; returns how many it placed.
         const auto placeRun = [&](const unsigned char* from, uint32_t stride, uint32_t most) -> uint32_t {
             if (rowSamples == 0)
                 return 0;
             const uint32_t k = std::min(most, rowSamples - c);
-            const uint64_t first = rowFirst + uint64_t(pixel) * 4 + channel;
-            const uint64_t last = rowFirst + (uint64_t(pixel) + (channel + k) / perPixel) * 4 + 3;
-            if (k < 8 || last >= channels)
+            const uint32_t first = rowFirst + pixel * 4 + channel;
+            const uint32_t last = rowFirst + (pixel + (channel + k) / perPixel) * 4 + 3;
+            if (k < 8 || last >= targetChannels)
                 return 0;
-            uint64_t index = first;
-            uint32_t ch = channel;
-            for (uint32_t j = 0; j < k; ++j, from += stride) {
-                store(uint32_t(index), from);
-                ++index;
-                if (++ch == perPixel) {
-                    ch = 0;
-                    index += 4 - perPixel;
-                }
-            }
-            count += k * uint32_t(N);
+            placeSamples<Kind, PerPixel>(channels + size_t(first) * Kind::channelBytes, channel, from, stride, k);
+            count += k * N;
             const uint32_t spanned = channel + k;
             pixel += spanned / perPixel;
             channel = spanned % perPixel;
             c += k;
-            if (c >= rowSamples) {
-                ++r;
-                c = 0;
-                pixel = 0;
-                channel = 0;
-                rowFirst += uint64_t(l.width) * 4;
-            }
+            if (c >= rowSamples)
+                nextRow();
             return k;
         };
         walkPackBitsFast(
@@ -518,11 +635,11 @@ unsigned int packBitsWideStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, co
                 while (i + N <= n) {
                     const uint32_t k = placeRun(bytes + i, N, (n - i) / N);
                     if (k != 0) {
-                        i += k * uint32_t(N);
-                        std::memcpy(sample, bytes + i - N, N);
+                        i += k * N;
+                        bits = sampleBits<N>(bytes + i - N);
                         continue;
                     }
-                    std::memcpy(sample, bytes + i, N);
+                    bits = sampleBits<N>(bytes + i);
                     count += N;
                     place();
                     i += N;
@@ -538,11 +655,13 @@ unsigned int packBitsWideStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, co
                 for (; i < n && count % N != 0; ++i)
                     byte(value);
                 if (i + N <= n) {
-                    std::memset(sample, value, N);
+                    unsigned char repeated[Kind::lanes * N];
+                    std::memset(repeated, value, sizeof repeated);
+                    bits = sampleBits<N>(repeated);
                     while (i + N <= n) {
-                        const uint32_t k = placeRun(sample, 0, (n - i) / N);
+                        const uint32_t k = placeRun(repeated, 0, (n - i) / N);
                         if (k != 0) {
-                            i += k * uint32_t(N);
+                            i += k * N;
                             continue;
                         }
                         count += N;
@@ -558,37 +677,31 @@ unsigned int packBitsWideStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, co
     });
 }
 
+// Four channels a pixel with the target's alpha flag, else three.
+template <class Kind>
+unsigned int packBitsWide(vkP::_imgFileBuffer& fb, const TiffHeader& h, const StripLayout& l, uint32_t capacity,
+                          unsigned char* channels, uint32_t bits)
+{
+    return l.alpha ? packBitsWideStrips<Kind, 4>(fb, h, l, capacity, channels, bits)
+                   : packBitsWideStrips<Kind, 3>(fb, h, l, capacity, channels, bits);
+}
+
 } // namespace
 
 unsigned int packBitsTo16Fast(vkP::_imgFileBuffer& fb, vkP::_imgRGBABuffer16& target, const TiffHeader& h,
                               const StripLayout& l)
 {
-    unsigned char sample[2] = {0, 0};
-    unsigned char* words = target.pixels;
-    // Byte pairs are taken high byte first in either file byte order.
-    return packBitsWideStrips(fb, h, l, target.capacity, sample, [words](uint32_t index, const unsigned char* s) {
-        const uint16_t v = uint16_t(s[0] << 8 | s[1]);
-        std::memcpy(words + size_t(index) * 2, &v, sizeof v);
-    });
+    return packBitsWide<Words16To16>(fb, h, l, target.capacity, target.pixels, 0);
 }
 
 template <class Target>
 unsigned int packBitsFloatToWideFast(vkP::_imgFileBuffer& fb, Target& target, const TiffHeader& h, const StripLayout& l)
 {
+    using Kind = std::conditional_t<std::is_same_v<Target, vkP::_imgRGBABuffer16>, FloatsTo16, FloatsToFloat>;
     const float one = 1.0f;
-    unsigned char sample[4];
-    std::memcpy(sample, &one, sizeof sample);
-    unsigned char* channels = target.pixels;
-    return packBitsWideStrips(fb, h, l, target.capacity, sample, [channels](uint32_t index, const unsigned char* s) {
-        float v;
-        std::memcpy(&v, s, sizeof v);
-        if constexpr (std::is_same_v<Target, vkP::_imgRGBABuffer16>) {
-            const uint16_t w = vkP::channel16(v);
-            std::memcpy(channels + size_t(index) * 2, &w, sizeof w);
-        } else {
-            std::memcpy(channels + size_t(index) * 4, s, 4);
-        }
-    });
+    uint32_t bits;
+    std::memcpy(&bits, &one, sizeof bits);
+    return packBitsWide<Kind>(fb, h, l, target.capacity, target.pixels, bits);
 }
 
 template unsigned int packBitsFloatToWideFast(vkP::_imgFileBuffer&, vkP::_imgRGBABuffer16&, const TiffHeader&,

@@ -5,22 +5,10 @@
 #include "tiff/packbits.h"
 #include "tiff/strip_loops_wide.h"
 
-// True when the packet whose header byte is at pos (header n: n + 1 literal
-// bytes, or one run byte) lies wholly below `end`, so that every read of it
-// would succeed. Sets `header` to the packet's header byte.
-inline bool packetInLoaded(const vkP::_imgFileBuffer& fb, long long pos, long long end, signed char& header)
-{
-    if (pos < 0 || pos >= end)
-        return false;
-    header = static_cast<signed char>(fb.buffer[pos]);
-    const long long bytes = header >= 0 ? header + 1 : 1;
-    return end - pos - 1 >= bytes;
-}
-
 // walkPackBits (packbits.h) with the same packets, bytes, stops and
-// final position, the packets for which packetInLoaded holds read from
-// memory: literal(bytes, count, value) and run(value, count) take a whole
-// packet (value is the walk's byte variable, which a sink may change, as in
+// final position. A packet that lies wholly in the readable bytes is read
+// from memory: literal(bytes, count, value) and run(value, count) take it
+// whole (value is the walk's byte variable, which a sink may change, as in
 // walkPackBits); any other packet is read through the file buffer, byte by
 // byte, into sink(value).
 template <class Literal, class Run, class Sink, class Stop>
@@ -29,23 +17,41 @@ void walkPackBitsFast(vkP::_imgFileBuffer& fb, Literal&& literal, Run&& run, Sin
     signed char header = 0;
     unsigned char value = 0;
     const long long end = readableEnd(fb);
+    long long pos = fb.bufPosition;
     for (;;) {
-        const long long pos = fb.bufPosition;
-        if (packetInLoaded(fb, pos, end, header)) {
-            const unsigned char* data = fb.buffer + pos + 1;
-            if (header >= 0) {
-                literal(data, uint32_t(header) + 1, value);
-                fb.bufPosition = pos + 2 + header;
-            } else {
-                value = data[0];
-                run(value, uint32_t(1 - header));
-                fb.bufPosition = pos + 2;
+        if (pos >= 0 && pos < end) {
+            // Offsets within the buffer fit a size_t: a 32-bit build keeps
+            // them in single registers instead of pairs.
+            const unsigned char* const data = fb.buffer;
+            const size_t e = size_t(end);
+            size_t p = size_t(pos);
+            for (;;) {
+                header = static_cast<signed char>(data[p]);
+                const size_t bytes = header >= 0 ? size_t(header) + 1 : 1;
+                if (e - p - 1 < bytes)
+                    break;
+                if (header >= 0) {
+                    literal(data + p + 1, uint32_t(bytes), value);
+                } else {
+                    value = data[p + 1];
+                    run(value, uint32_t(1 - header));
+                }
+                p += 1 + bytes;
+                // p <= e <= the loaded size here, so this is the walk's end test.
+                if ((long long)p >= fb.sizeLoaded || stop()) {
+                    fb.bufPosition = (long long)p;
+                    return;
+                }
+                if (p == e)
+                    break;
             }
-        } else {
-            fb.readSint8(header);
-            readPackBitsPacket(fb, header, value, sink);
+            pos = (long long)p;
         }
-        if (fb.bufPosition >= fb.sizeLoaded || stop())
+        fb.bufPosition = pos;
+        fb.readSint8(header);
+        readPackBitsPacket(fb, header, value, sink);
+        pos = fb.bufPosition;
+        if (pos >= fb.sizeLoaded || stop())
             return;
     }
 }

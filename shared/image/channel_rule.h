@@ -40,6 +40,16 @@ inline __m128i channelsSse2(__m128 v, float scale)
     const __m128 c = _mm_min_ps(_mm_max_ps(v, _mm_setzero_ps()), _mm_set1_ps(1.0f));
     return _mm_cvttps_epi32(_mm_mul_ps(c, _mm_set1_ps(scale)));
 }
+
+// Eight channels 0 .. 65535 from two channelsSse2 results, as eight 16-bit
+// lanes. SSE2 packs 32-bit lanes with signed saturation only, so the values
+// are moved into the signed range first and back after.
+inline __m128i packChannels16(__m128i first, __m128i second)
+{
+    const __m128i bias = _mm_set1_epi32(0x8000);
+    const __m128i packed = _mm_packs_epi32(_mm_sub_epi32(first, bias), _mm_sub_epi32(second, bias));
+    return _mm_xor_si128(packed, _mm_set1_epi16(int16_t(0x8000)));
+}
 #endif
 
 } // namespace vkP
