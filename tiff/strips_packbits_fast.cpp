@@ -263,8 +263,8 @@ void floatBytes(const unsigned char* bytes, uint32_t floats, unsigned char* out)
 
 constexpr uint32_t packetBytes = 128; // the longest literal packet
 
-// Samples of many packets gathered and placed in one bulk call: the packets
-// of 16-bit and float samples yield too few each to pay for one. The stop
+// Samples of many packets gathered and placed in one bulk call: a packet
+// yields too few samples to pay for one (128 at most). The stop
 // asked between packets places what is gathered only once it may hold.
 class BatchedSink {
 public:
@@ -284,6 +284,16 @@ public:
     {
         *room(1) = v;
         add(1);
+    }
+    void literal(const unsigned char* bytes, uint32_t count)
+    {
+        simd::copyShort(room(count), bytes, count);
+        add(count);
+    }
+    void run(unsigned char value, uint32_t count)
+    {
+        simd::fillShort(room(count), value, count);
+        add(count);
     }
 
     bool done()
@@ -308,18 +318,44 @@ private:
     unsigned char samples_[2048];
 };
 
-// The plain path's walk for 8-bit samples, whole packets placed at once.
+// The sink's own bulk placement per packet, with the interface of BatchedSink.
+struct DirectSink {
+    FastStripSink& sink;
+    void literal(const unsigned char* bytes, uint32_t count) { placeSamples(sink, bytes, 0, count); }
+    void run(unsigned char value, uint32_t count) { placeSamples(sink, nullptr, value, count); }
+    void put(unsigned char v) { sink.place(v); }
+    bool done() { return sink.done(); }
+    void flush() {}
+};
+
+// The plain path's walk for 8-bit samples, whole packets placed in bulk.
+template <class Gather>
+void walkBytesTo8(Call& call, Gather& gather)
+{
+    walkPackBitsFast(
+        call.file,
+        [&](const unsigned char* bytes, uint32_t count, unsigned char& value) {
+            value = bytes[count - 1];
+            gather.literal(bytes, count);
+        },
+        [&](unsigned char& value, uint32_t count) { gather.run(value, count); },
+        [&](unsigned char& value) { gather.put(value); }, [&] { return gather.done(); });
+    gather.flush();
+}
+
+// Four samples a pixel go from each packet straight to the target. Three
+// are gathered from many packets first: spreading them to pixels costs more
+// per call than a packet's copy into the batch.
 unsigned int bytesTo8Fast(Call& call)
 {
     return forEachPackBitsStrip<FastStripSink>(call, [&](FastStripSink& sink) {
-        walkPackBitsFast(
-            call.file,
-            [&](const unsigned char* bytes, uint32_t count, unsigned char& value) {
-                value = bytes[count - 1];
-                placeSamples(sink, bytes, 0, count);
-            },
-            [&](unsigned char& value, uint32_t count) { placeSamples(sink, nullptr, value, count); },
-            [&](unsigned char& value) { sink.place(value); }, [&] { return sink.done(); });
+        if (call.layout.alpha) {
+            DirectSink direct{sink};
+            walkBytesTo8(call, direct);
+        } else {
+            BatchedSink batch(sink);
+            walkBytesTo8(call, batch);
+        }
     });
 }
 
