@@ -121,20 +121,21 @@ struct LzwStripPlan {
     unsigned int shortStatus; // the status of a strip that decodes short
     Visible visible;          // what the target shows
     uint32_t cut;             // bytes of a strip's data kept for the shown pixels
-    uint32_t touched;         // bytes zeroed once, at least `cut`
+    uint32_t touched;         // bytes pixels and afterDecode may read, at least `cut`
 };
 
-// LZW strips: allocates and zeroes the scratch of `scratchBytes` once per call
-// (also when there are no strips), then per strip starts the decoder at the
+// LZW strips: allocates the scratch of `scratchBytes` once per call (also
+// when there are no strips) and zeroes what may be read before written, then per strip starts the decoder at the
 // strip's offset (refusal: vkStatusUnsupported), decodes lzwStripBytes (another
 // count: `shortStatus`), calls afterDecode(scratch) and emit(scratch, x + r × W,
 // x, y0 + r) for every pixel of the strip's rows that `v` shows. Strips are
 // decoded without a fill, so a pixel read past a strip's data sees what an
 // earlier strip left: every strip that a shown pixel may read from keeps the
 // first `cut` bytes of its data (the most any shown pixel and afterDecode
-// reach), the others are only decoded for their length. The first `touched`
-// bytes (at least `cut`: all that pixels and afterDecode read) are zeroed
-// once, the rest of a scratch sized by a huge rowsPerStrip is never touched.
+// reach), the others are only decoded for their length. Of the first
+// `touched` bytes (at least `cut`: all that pixels and afterDecode read),
+// those that a strip may read before writing are zeroed once; the rest of a
+// scratch sized by a huge rowsPerStrip is never touched.
 //
 // On the fast path a strip that the target shows whole is decoded whole and
 // its rows go to emitRows(scratch, y0, rows) instead.
@@ -153,8 +154,18 @@ unsigned int decodeLZWStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, const
     if (!scratch)
         return vkStatusNoMemory;
     // Zeroed once: what a pixel loop reads beyond a strip's decoded bytes is
-    // zeros, or what an earlier strip of the same call left there.
-    std::memset(scratch.get(), 0, std::min(scratchBytes, std::max(cut, touched)));
+    // zeros, or what an earlier strip of the same call left there. A strip
+    // that is read first overwrites its first min(expected, cut) bytes, so
+    // the zeros start where the smallest of those ends: a one-strip image's
+    // data is not cleared only to be decoded over.
+    uint32_t written = cut;
+    forEachStrip(l.strips, l.rowsPerStrip, [&](uint32_t, uint32_t y0) -> unsigned int {
+        written = std::min(written, lzwStripBytes(l, bytesPerPixel, y0));
+        return vkStatusOk;
+    });
+    const uint32_t read = std::min(scratchBytes, std::max(cut, touched));
+    if (read > written)
+        std::memset(scratch.get() + written, 0, read - written);
     LZWState state{}; // zeroed: a corrupt stream reading unwritten slots sees zeros, not stale stack
     const uint32_t columns = std::min(l.width, v.columns);
     return forEachStrip(l.strips, l.rowsPerStrip, [&](uint32_t s, uint32_t y0) -> unsigned int {

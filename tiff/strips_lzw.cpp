@@ -174,8 +174,15 @@ unsigned int decode8::lzwFloatTo8(Call& call, unsigned char*& scratch)
 unsigned int lzwTo16(FileBuffer& fb, Target16& target, const TiffHeader& h, const StripLayout& l, DecodePath path)
 {
     uint32_t bytes = 0;
-    if (!lzw16ScratchBytes(l.width, l.rowsPerStrip, l.samples, bytes))
+    uint32_t held = 0;
+    if (!lzw16ScratchBytes(l.width, l.rowsPerStrip, l.samples, bytes) ||
+        !chunkScratchBytes(l.width, l.rowsPerStrip, 2, l.samples, lzwHeadroom, held))
         return vkStatusNoMemory;
+    // Pixels read up to twice as far as a strip's data reaches (see fetch).
+    // Only the data and the headroom are held: no strip writes beyond them,
+    // so every unit past them reads as zero, as a zeroed scratch of the full
+    // reach would give.
+    held = std::min(held, bytes);
     _Rgba16 px = wide::startPixel16;
     const uint32_t unitsPerPixel = 2 * l.samples;
     const Visible v = visibleArea(target);
@@ -191,16 +198,19 @@ unsigned int lzwTo16(FileBuffer& fb, Target16& target, const TiffHeader& h, cons
     // The pixel stride and channel steps are byte counts applied to 16-bit
     // units, so pixels are read at twice their spacing and two samples apart;
     // hosts see this output and it is kept as it is.
+    const auto unit = [&](const unsigned char* scratch, uint32_t u) -> uint16_t {
+        return size_t(u) * 2 + 2 <= held ? wide::unitAt(scratch, u) : 0;
+    };
     const auto fetch = [&](const unsigned char* scratch, uint32_t pixel, _Rgba16& p) {
         const uint32_t base = pixel * unitsPerPixel;
-        p.r = wide::unitAt(scratch, base);
-        p.g = wide::unitAt(scratch, base + 2);
-        p.b = wide::unitAt(scratch, base + 4);
+        p.r = unit(scratch, base);
+        p.g = unit(scratch, base + 2);
+        p.b = unit(scratch, base + 4);
         if (l.alpha)
-            p.a = wide::unitAt(scratch, base + 6);
+            p.a = unit(scratch, base + 6);
     };
     return wide::decodeLZWStrips(
-        fb, h, l, wide::LzwStripPlan{bytes, unitsPerPixel, vkStatusUnsupported, v, cut, touched}, path,
+        fb, h, l, wide::LzwStripPlan{held, unitsPerPixel, vkStatusUnsupported, v, cut, touched}, path,
         [&](unsigned char* scratch) {
             if (h.predictor == tiffPredictorHorizontal)
                 undoPredictor(scratch, l.width, predictorRows, l.samples, l.alpha, 2);
