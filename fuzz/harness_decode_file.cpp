@@ -36,6 +36,17 @@ const uint8_t* pixelAt(const Outcome& o, int bits, uint32_t width, uint32_t x, u
     return o.memory.data() + (bits == 8 ? 4 : 0) + (size_t(x) + size_t(y) * width) * size_t(bits / 2);
 }
 
+// True when the pixel still holds the bytes decodeFresh filled the target
+// with: a decode that succeeds without writing it leaves it so.
+bool untouched(const Outcome& o, const uint8_t* pixel, size_t pixelBytes)
+{
+    const size_t at = size_t(pixel - o.memory.data());
+    for (size_t i = 0; i < pixelBytes; ++i)
+        if (pixel[i] != uint8_t((at + i) * 7 + 3))
+            return false;
+    return true;
+}
+
 bool knownDecodeStatus(unsigned int s)
 {
     return s == vkStatusOk || s == vkStatusUnsupported || s == vkStatusNoMemory || s == vkStatusCorruptData;
@@ -77,10 +88,15 @@ void decodeAndCompare(LoadedTiff& t, long long position, int bits, bool alpha, u
     const Outcome fewerCols = decodeInto(t, position, bits, cols, colRows, alpha);
     fuzzCheck(fewerCols.status == full.status, "status depends on the target's width");
     fuzzCheck(fewerCols.position == full.position, "read position depends on the target's width");
+    // Pixels that neither decode writes keep fills that differ with the width.
     for (uint32_t y = 0; y < colRows && !indexed; ++y)
-        for (uint32_t x = 0; x < cols; ++x)
-            fuzzCheck(std::memcmp(pixelAt(fewerCols, bits, cols, x, y), pixelAt(full, bits, w, x, y), pixelBytes) == 0,
+        for (uint32_t x = 0; x < cols; ++x) {
+            const uint8_t* narrow = pixelAt(fewerCols, bits, cols, x, y);
+            const uint8_t* whole = pixelAt(full, bits, w, x, y);
+            fuzzCheck(std::memcmp(narrow, whole, pixelBytes) == 0 ||
+                          (untouched(fewerCols, narrow, pixelBytes) && untouched(full, whole, pixelBytes)),
                       "pixels depend on the target's width");
+        }
     if (indexed && cols != 0)
         fuzzCheck(std::memcmp(pixelAt(fewerCols, bits, cols, 0, 0), pixelAt(full, bits, w, 0, 0),
                               size_t(cols) * colRows * pixelBytes) == 0,
