@@ -8,6 +8,7 @@
 #include "tiff/narrow_rows_fast.h"
 #include "tiff/rows8_fast.h"
 #include "tiff/strip_loops_wide_fast.h"
+#include "tiff/unit_rows_fast.h"
 
 using namespace decode8;
 using namespace vkP;
@@ -220,8 +221,11 @@ unsigned int lzwTo16(FileBuffer& fb, Target16& target, const TiffHeader& h, cons
             wide::writePixel(target, x, y, px);
         },
         [&](const unsigned char* scratch, uint32_t y0, uint32_t rows) {
-            wide::storeStripRows(target, l, y0, rows, px,
-                                 [&](uint32_t pixel, _Rgba16& p) { fetch(scratch, pixel, p); });
+            wide::storeStripRows(
+                target, l, y0, rows, px, [&](uint32_t pixel, _Rgba16& p) { fetch(scratch, pixel, p); },
+                [&](uint32_t first, _Rgba16* out, _Rgba16& carried) {
+                    wide::unitRow16(scratch, held, first, l.width, unitsPerPixel, l.alpha, out, carried);
+                });
         });
 }
 
