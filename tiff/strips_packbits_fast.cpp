@@ -487,6 +487,7 @@ struct Words16To16 {
     static constexpr uint32_t channelBytes = 2;
     static constexpr uint32_t lanes = 8;
     static constexpr bool copies = false;
+    static constexpr bool tailBlocks = false;
     // Byte pairs are taken high byte first in either file byte order.
     static void put(unsigned char* at, uint32_t bits)
     {
@@ -508,6 +509,7 @@ struct FloatsTo16 {
     static constexpr uint32_t channelBytes = 2;
     static constexpr uint32_t lanes = 8;
     static constexpr bool copies = false;
+    static constexpr bool tailBlocks = true; // a sample placed alone costs a scalar conversion
     static void put(unsigned char* at, uint32_t bits)
     {
         float v;
@@ -533,6 +535,7 @@ struct FloatsToFloat {
     static constexpr uint32_t channelBytes = 4;
     static constexpr uint32_t lanes = 4;
     static constexpr bool copies = true; // a pixel's three samples move as 12 bytes
+    static constexpr bool tailBlocks = false;
     static void put(unsigned char* at, uint32_t bits) { std::memcpy(at, &bits, 4); }
 #if defined(__SSE2__)
     static __m128i block(const unsigned char* s)
@@ -546,9 +549,10 @@ struct FloatsToFloat {
 // `from` then holds `lanes` copies of it) into the channels from `to` on, the
 // first at channel ch of a pixel of PerPixel channels. With four channels a
 // pixel the samples fill consecutive channels; with three, each pixel's
-// fourth channel is left as it was.
+// fourth channel is left as it was. `room` bytes from `from` on may be read,
+// at least the samples' own; a block may read past the samples within it.
 template <class Kind, uint32_t PerPixel>
-void placeSamples(unsigned char* to, uint32_t ch, const unsigned char* from, uint32_t stride, uint32_t k)
+void placeSamples(unsigned char* to, uint32_t ch, const unsigned char* from, uint32_t stride, uint32_t k, size_t room)
 {
     constexpr uint32_t cb = Kind::channelBytes;
     uint32_t left = k;
@@ -576,14 +580,27 @@ void placeSamples(unsigned char* to, uint32_t ch, const unsigned char* from, uin
             _mm_storeu_si128(reinterpret_cast<__m128i*>(to), Kind::block(from));
     } else {
         // A vector holds two pixels: their three samples each are spread to
-        // four lanes, and the fourth lane keeps the target's.
+        // four lanes, and the fourth lane keeps the target's. With tailBlocks
+        // the last pixel or two take a block that reads past the packet,
+        // where the buffer holds those bytes, instead of a sample at a time.
+        constexpr size_t blockBytes = size_t(Kind::lanes) * Kind::sampleBytes;
         const __m128i keep = _mm_set_epi16(0, -1, -1, -1, 0, -1, -1, -1);
-        for (; left >= Kind::lanes; left -= 6, from += 6 * stride, to += 16) {
+        constexpr uint32_t most = Kind::tailBlocks ? 6 : Kind::lanes;
+        for (; left >= most && (!Kind::tailBlocks || room >= blockBytes);
+             left -= 6, from += 6 * stride, room -= 6 * stride, to += 16) {
             const __m128i v = Kind::block(from);
             const __m128i spread = _mm_unpacklo_epi64(v, _mm_srli_si128(v, 6));
             __m128i* at = reinterpret_cast<__m128i*>(to);
             _mm_storeu_si128(at,
                              _mm_or_si128(_mm_and_si128(spread, keep), _mm_andnot_si128(keep, _mm_loadu_si128(at))));
+        }
+        if (Kind::tailBlocks && left >= 3 && room >= blockBytes) {
+            __m128i* at = reinterpret_cast<__m128i*>(to);
+            const __m128i v = Kind::block(from);
+            _mm_storel_epi64(at, _mm_or_si128(_mm_and_si128(v, keep), _mm_andnot_si128(keep, _mm_loadl_epi64(at))));
+            left -= 3;
+            from += 3 * stride;
+            to += 8;
         }
     }
 #endif
@@ -603,6 +620,7 @@ unsigned int packBitsWideStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, co
     constexpr uint32_t perPixel = PerPixel;
     const uint32_t rowSamples = l.width * l.samples;
     const uint64_t targetChannels = uint64_t(capacity) * 4;
+    const unsigned char* const readEnd = fb.buffer + readableEnd(fb); // where the walk reads packets from memory
     // The sample being gathered, kept from strip to strip, is held in a
     // register as `bits` (see sampleBits): bytes stored one by one and read
     // back whole would stall store forwarding at every packet that does not
@@ -642,7 +660,7 @@ unsigned int packBitsWideStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, co
         // Up to `most` whole samples from `from` (see placeSamples) that all
         // fall in the current row and the target, placed without the row and
         // bounds checks; returns how many it placed.
-        const auto placeRun = [&](const unsigned char* from, uint32_t stride, uint32_t most) -> uint32_t {
+        const auto placeRun = [&](const unsigned char* from, uint32_t stride, uint32_t most, size_t room) -> uint32_t {
             if (rowSamples == 0)
                 return 0;
             const uint32_t k = std::min(most, rowSamples - c);
@@ -650,7 +668,7 @@ unsigned int packBitsWideStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, co
             const uint32_t last = rowFirst + (pixel + (channel + k) / perPixel) * 4 + 3;
             if (k < 8 || last >= targetChannels)
                 return 0;
-            placeSamples<Kind, PerPixel>(channels + size_t(first) * Kind::channelBytes, channel, from, stride, k);
+            placeSamples<Kind, PerPixel>(channels + size_t(first) * Kind::channelBytes, channel, from, stride, k, room);
             count += k * N;
             const uint32_t spanned = channel + k;
             pixel += spanned / perPixel;
@@ -669,7 +687,7 @@ unsigned int packBitsWideStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, co
                     byte(value);
                 }
                 while (i + N <= n) {
-                    const uint32_t k = placeRun(bytes + i, N, (n - i) / N);
+                    const uint32_t k = placeRun(bytes + i, N, (n - i) / N, size_t(readEnd - (bytes + i)));
                     if (k != 0) {
                         i += k * N;
                         bits = sampleBits<N>(bytes + i - N);
@@ -695,7 +713,7 @@ unsigned int packBitsWideStrips(vkP::_imgFileBuffer& fb, const TiffHeader& h, co
                     std::memset(repeated, value, sizeof repeated);
                     bits = sampleBits<N>(repeated);
                     while (i + N <= n) {
-                        const uint32_t k = placeRun(repeated, 0, (n - i) / N);
+                        const uint32_t k = placeRun(repeated, 0, (n - i) / N, sizeof repeated);
                         if (k != 0) {
                             i += k * N;
                             continue;
